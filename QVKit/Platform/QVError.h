@@ -1,0 +1,85 @@
+#pragma once
+
+#include <QVKit/QVKitExport.h>
+
+#include <QtCore/QMetaType>
+#include <QtCore/QSharedDataPointer>
+#include <QtCore/QString>
+#include <QtCore/QVariantMap>
+
+// Domains, codes and detail keys of the errors the library makes or recognises.
+// The texts are the well-known ones, so that details survive a round trip
+// through a property list written elsewhere.
+inline constexpr QStringView QVCocoaErrorDomain = u"NSCocoaErrorDomain";
+inline constexpr QStringView QVURLErrorDomain = u"NSURLErrorDomain";
+inline constexpr QStringView QVPOSIXErrorDomain = u"NSPOSIXErrorDomain";
+
+inline constexpr qint64 QVUserCancelledError = 3072;
+inline constexpr qint64 QVURLErrorCancelled = -999;
+inline constexpr qint64 QVFileReadUnknownError = 256;
+inline constexpr qint64 QVFileReadNoSuchFileError = 260;
+inline constexpr qint64 QVFileWriteUnknownError = 512;
+inline constexpr qint64 QVPropertyListReadCorruptError = 3840;
+inline constexpr qint64 QVPropertyListWriteInvalidError = 3852;
+
+inline constexpr QStringView QVLocalizedDescriptionKey = u"NSLocalizedDescription";
+inline constexpr QStringView QVLocalizedRecoverySuggestionErrorKey = u"NSLocalizedRecoverySuggestion";
+inline constexpr QStringView QVLocalizedFailureReasonErrorKey = u"NSLocalizedFailureReason";
+inline constexpr QStringView QVDebugDescriptionErrorKey = u"NSDebugDescription";
+inline constexpr QStringView QVUnderlyingErrorKey = u"NSUnderlyingError";
+inline constexpr QStringView QVMultipleUnderlyingErrorsKey = u"NSMultipleUnderlyingErrorsKey";
+inline constexpr QStringView QVFilePathErrorKey = u"NSFilePath";
+inline constexpr QStringView QVURLErrorKey = u"NSURL";
+
+class QVErrorData;
+
+/**
+ * A failure a caller or a user should see: a domain, a signed 64-bit code and
+ * a dictionary of details. A default-constructed error is null and stands for
+ * "no error"; errors nest through QVUnderlyingErrorKey, whose value is a
+ * QVError held in a QVariant.
+ */
+class QVKIT_EXPORT QVError
+{
+public:
+    QVError();
+    QVError(const QString &domain, qint64 code, const QVariantMap &userInfo = {});
+    QVError(QStringView domain, qint64 code, const QVariantMap &userInfo = {});
+    QVError(const QVError &other);
+    QVError(QVError &&other) noexcept;
+    QVError &operator=(const QVError &other);
+    QVError &operator=(QVError &&other) noexcept;
+    ~QVError();
+
+    /** True for "no error": the domain is absent. */
+    bool isNull() const;
+
+    QString domain() const;
+    qint64 code() const;
+    QVariantMap userInfo() const;
+    /** The detail under a key; an invalid QVariant when there is none. */
+    QVariant userInfoValue(QStringView key) const;
+
+    /** The title, or a generic sentence naming the domain and code. */
+    QString localizedDescription() const;
+    /** The explanation under QVLocalizedRecoverySuggestionErrorKey, or a null string. */
+    QString localizedRecoverySuggestion() const;
+    /** The wrapped cause, or a null error. */
+    QVError underlyingError() const;
+    /** The list under QVMultipleUnderlyingErrorsKey; errors only, others skipped. */
+    QList<QVError> underlyingErrors() const;
+
+    /** "Error Domain=<domain> Code=<code> \"<description>\" UserInfo={...}". */
+    QString description() const;
+
+    /** True for the same domain, code and details. */
+    bool operator==(const QVError &other) const;
+
+    /** The error held in a QVariant, or a null error when it holds something else. */
+    static QVError fromVariant(const QVariant &value);
+
+private:
+    QSharedDataPointer<QVErrorData> d;
+};
+
+Q_DECLARE_METATYPE(QVError)

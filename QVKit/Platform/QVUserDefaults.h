@@ -1,0 +1,111 @@
+#pragma once
+
+#include <QVKit/QVKitExport.h>
+
+#include <QtCore/QObject>
+#include <QtCore/QStringList>
+#include <QtCore/QUrl>
+#include <QtCore/QVariantMap>
+
+#include <memory>
+
+/** Posted on the default notification centre, object: the store, whenever its contents change. */
+inline constexpr QStringView QVUserDefaultsDidChangeNotification = u"QVUserDefaultsDidChangeNotification";
+
+/**
+ * The per-user settings store: property-list values under string keys.
+ *
+ * Two layers answer a read. Values the user (or the application) set live in
+ * a property-list file written through QSettings, which brings locking and
+ * atomic replacement; fallback values registered at start-up live in memory
+ * only and answer for keys the file does not hold. Removing a key therefore
+ * brings back its registered value.
+ *
+ * The standard store's file is "<bundle identifier>.plist" in the user's
+ * configuration folder; setStandardUserDefaultsFilePath() points it elsewhere,
+ * which tests always do. The store is used from the main thread.
+ */
+class QVKIT_EXPORT QVUserDefaults : public QObject
+{
+    Q_OBJECT
+
+public:
+    /** The application's store, made on first use. */
+    static QVUserDefaults *standardUserDefaults();
+
+    /**
+     * Points the standard store at another file. Before first use this only
+     * sets where it will be made; afterwards the store writes what it has,
+     * then reads the new file, keeping its registered values.
+     */
+    static void setStandardUserDefaultsFilePath(const QString &filePath);
+
+    /** Where the standard store keeps its file unless told otherwise. */
+    static QString defaultFilePath();
+
+    /** A store over its own file: for tools and tests that need a second one. */
+    explicit QVUserDefaults(const QString &filePath, QObject *parent = nullptr);
+    ~QVUserDefaults() override;
+
+    QString filePath() const;
+
+    /** Adds fallback values; later registrations of a key replace earlier ones. */
+    void registerDefaults(const QVariantMap &defaults);
+    /** The fallback values registered so far. */
+    QVariantMap registeredDefaults() const;
+
+    /** The value set for the key, else its registered value, else an invalid QVariant. */
+    QVariant objectForKey(const QString &key) const;
+    /** The value if it is a string (numbers are written as text), else a null string. */
+    QString stringForKey(const QString &key) const;
+    /** The value if it is an array, else an empty list. */
+    QVariantList arrayForKey(const QString &key) const;
+    /** The value if it is an array holding only strings, else an empty list. */
+    QStringList stringArrayForKey(const QString &key) const;
+    /** The value if it is a dictionary, else an empty map. */
+    QVariantMap dictionaryForKey(const QString &key) const;
+    /** The value if it is data, else a null byte array. */
+    QByteArray dataForKey(const QString &key) const;
+    /** Booleans, numbers (non-zero is true) and the strings "YES"/"true"/"1"; false otherwise. */
+    bool boolForKey(const QString &key) const;
+    /** Numbers, booleans and numeric strings; 0 otherwise. */
+    qint64 integerForKey(const QString &key) const;
+    /** Numbers, booleans and numeric strings; 0.0 otherwise. */
+    double doubleForKey(const QString &key) const;
+    /** A URL stored as a string or as data; an empty URL otherwise. */
+    QUrl urlForKey(const QString &key) const;
+
+    /**
+     * Stores a value. An invalid QVariant removes the key; a value that is not
+     * a property list is refused with one log line and changes nothing.
+     */
+    void setObject(const QVariant &value, const QString &key);
+    void setBool(bool value, const QString &key);
+    void setInteger(qint64 value, const QString &key);
+    void setDouble(double value, const QString &key);
+    void setUrl(const QUrl &value, const QString &key);
+
+    void removeObjectForKey(const QString &key);
+    void removeObjectsForKeys(const QStringList &keys);
+
+    /** Everything a read can answer: registered values overlaid with set ones. */
+    QVariantMap dictionaryRepresentation() const;
+    /** Only the values set in the file, without registered fallbacks. */
+    QVariantMap persistentDictionary() const;
+
+    /**
+     * Writes pending changes and reads changes other processes made. False
+     * when the file could not be read or written; the values in memory stay.
+     */
+    bool synchronize();
+
+Q_SIGNALS:
+    /** The contents changed: a set, a removal, a registration, or a synchronize that read news. */
+    void didChange();
+
+private:
+    void notifyChange();
+
+    struct Private;
+    std::unique_ptr<Private> d;
+};
