@@ -21,6 +21,12 @@ inline constexpr QStringView QVUserDefaultsDidChangeNotification = u"QVUserDefau
  * only and answer for keys the file does not hold. Removing a key therefore
  * brings back its registered value.
  *
+ * Keys are any non-empty strings, '/' and '\\' included: they reach the file
+ * exactly as written (QSettings' group separators are escaped on the way).
+ * A file that is not a property-list dictionary is never replaced: the store
+ * logs one line, keeps its changes in memory and writes them once the file
+ * reads again (or is removed).
+ *
  * The standard store's file is "<bundle identifier>.plist" in the user's
  * configuration folder; setStandardUserDefaultsFilePath() points it elsewhere,
  * which tests always do. The store is used from the main thread.
@@ -30,7 +36,11 @@ class QVKIT_EXPORT QVUserDefaults : public QObject
     Q_OBJECT
 
 public:
-    /** The application's store, made on first use. */
+    /**
+     * The application's store, made on first use, over the file set with
+     * setStandardUserDefaultsFilePath(), else the one named by the environment
+     * variable QVKIT_USER_DEFAULTS_PATH, else defaultFilePath().
+     */
     static QVUserDefaults *standardUserDefaults();
 
     /**
@@ -49,7 +59,10 @@ public:
 
     QString filePath() const;
 
-    /** Adds fallback values; later registrations of a key replace earlier ones. */
+    /**
+     * Adds fallback values; later registrations of a key replace earlier ones.
+     * Any non-empty registration emits didChange().
+     */
     void registerDefaults(const QVariantMap &defaults);
     /** The fallback values registered so far. */
     QVariantMap registeredDefaults() const;
@@ -66,23 +79,30 @@ public:
     QVariantMap dictionaryForKey(const QString &key) const;
     /** The value if it is data, else a null byte array. */
     QByteArray dataForKey(const QString &key) const;
-    /** Booleans, numbers (non-zero is true) and the strings "YES"/"true"/"1"; false otherwise. */
+    /** Booleans, numbers (non-zero is true) and the strings "YES"/"true" (any case) and "1"; false otherwise. */
     bool boolForKey(const QString &key) const;
-    /** Numbers, booleans and numeric strings; 0 otherwise. */
+    /** Numbers (reals truncated, saturating at the 64-bit limits), booleans and numeric strings; 0 otherwise. */
     qint64 integerForKey(const QString &key) const;
     /** Numbers, booleans and numeric strings; 0.0 otherwise. */
     double doubleForKey(const QString &key) const;
-    /** A URL stored as a string or as data; an empty URL otherwise. */
+    /**
+     * A URL stored as a string or as data (UTF-8 text); an absolute or "~" path
+     * gives a file URL, text without a scheme an empty URL, as do other types.
+     */
     QUrl urlForKey(const QString &key) const;
 
     /**
      * Stores a value. An invalid QVariant removes the key; a value that is not
-     * a property list is refused with one log line and changes nothing.
+     * a property list, or an empty key, is refused with one log line and
+     * changes nothing. The value is kept as the file gives it back (qlonglong
+     * integers, UTC dates, QVariantList/QVariantMap), so every process reads
+     * the same thing. The file is written soon after, on the event loop.
      */
     void setObject(const QVariant &value, const QString &key);
     void setBool(bool value, const QString &key);
     void setInteger(qint64 value, const QString &key);
     void setDouble(double value, const QString &key);
+    /** Stores the URL as its text; an empty URL removes the key. */
     void setUrl(const QUrl &value, const QString &key);
 
     void removeObjectForKey(const QString &key);
@@ -105,6 +125,7 @@ Q_SIGNALS:
 
 private:
     void notifyChange();
+    void scheduleWrite();
 
     struct Private;
     std::unique_ptr<Private> d;

@@ -25,7 +25,8 @@ int main(int argc, char **argv)
     if (!home.isValid())
         return 1;
     qputenv("HOME", home.path().toLocal8Bit());
-    for (const char *variable : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"})
+    for (const char *variable :
+         {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "QVKIT_USER_DEFAULTS_PATH"})
         qunsetenv(variable);
     qputenv("TZ", "UTC");
     tzset();

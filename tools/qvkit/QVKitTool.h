@@ -1,13 +1,19 @@
 #pragma once
 
+#include <QVKit/Application/QVCommandLine.h>
+
 #include <QtCore/QStringList>
 #include <QtCore/QTextStream>
 
 #include <functional>
 
+class QVUserDefaults;
+
 /**
- * The qvkit command-line tool: a table of commands, each a leading word with
- * a one-line summary, and the help, version and summary output.
+ * The qvkit command-line tool. A command is the first leading word; options
+ * follow with a dash and their values ("qvkit defaults write -key K -value V").
+ * Each command declares the options it cannot do without, so that a missing
+ * one is reported by name before the command runs.
  */
 class QVKitTool
 {
@@ -21,13 +27,21 @@ private:
     struct Command
     {
         QString name;
+        QString usage;
         QString summary;
-        std::function<int(const QStringList &arguments)> action;
+        QStringList requiredOptions;
+        std::function<int(const QVCommandLine &commandLine)> action;
     };
 
     int printHelp();
     int printVersion();
     int printSummary();
+    int showPropertyList(const QVCommandLine &commandLine);
+    int runDefaults(const QVCommandLine &commandLine);
+
+    /** The first value of an option, or a null string when it has none. */
+    static QString optionValue(const QVCommandLine &commandLine, const QString &name);
+    int fail(const QString &message, int status = 1);
 
     QList<Command> m_commands;
     QTextStream m_out;
