@@ -7,6 +7,8 @@
 #include <QtCore/QString>
 #include <QtCore/QVariantMap>
 
+#include <optional>
+
 // Domains, codes and detail keys of the errors the library makes or recognises.
 // The texts are the well-known ones, so that details survive a round trip
 // through a property list written elsewhere.
@@ -31,7 +33,13 @@ inline constexpr QStringView QVMultipleUnderlyingErrorsKey = u"NSMultipleUnderly
 inline constexpr QStringView QVFilePathErrorKey = u"NSFilePath";
 inline constexpr QStringView QVURLErrorKey = u"NSURL";
 
+/** The library's own error domain and codes. */
+inline constexpr QStringView QVErrorDomain = u"QVErrorDomain";
+inline constexpr qint64 QVErrorCodeUnknown = 0;
+inline constexpr qint64 QVErrorCodeFileCreatedWithNewerVersion = 100;
+
 class QVErrorData;
+class QUrl;
 
 /**
  * A failure a caller or a user should see: a domain, a signed 64-bit code and
@@ -77,6 +85,43 @@ public:
 
     /** The error held in a QVariant, or a null error when it holds something else. */
     static QVError fromVariant(const QVariant &value);
+
+    // Application additions, defined in QVKit/Application/QVErrorAdditions.cpp.
+
+    /**
+     * An error with a user-facing title and explanation: the details are
+     * copied, then a non-empty title goes under QVLocalizedDescriptionKey and a
+     * non-empty description under QVLocalizedRecoverySuggestionErrorKey,
+     * replacing what the details had there. A null domain gives a null error.
+     */
+    static QVError errorWithDomain(const QString &domain, qint64 code, const QString &title,
+                                   const QString &description, const QVariantMap &userInfo = {});
+    /** The platform's user-cancelled error (QVCocoaErrorDomain, 3072), with no details. */
+    static QVError userCancelledError();
+    /**
+     * True when this error or any error wrapped under QVUnderlyingErrorKey, at
+     * any depth, is a cancellation (3072 in QVCocoaErrorDomain or -999 in
+     * QVURLErrorDomain), or when one of this error's own
+     * QVMultipleUnderlyingErrorsKey errors is. Cancelled work is never shown.
+     */
+    bool isCancelled() const;
+    /**
+     * An error in QVErrorDomain. A missing title becomes the generic "An error
+     * occurred."; a missing description the generic request to report the
+     * error, followed by the domain and code, the application's identifier,
+     * name and version, and the operating system.
+     */
+    static QVError quoveraErrorWithCode(qint64 code, const QString &title = QString(),
+                                        const QString &description = QString(), const QVariantMap &userInfo = {});
+    /** quoveraErrorWithCode() with code 0 and nothing else. */
+    static QVError quoveraUnknownError();
+    /**
+     * The error for a document written by a newer version of the application
+     * (code 100), naming the file and, when given (even empty), the version to
+     * upgrade to. An empty URL gives a null error.
+     */
+    static QVError quoveraErrorFileCreatedWithNewerVersion(const QUrl &fileURL,
+                                                           const std::optional<QString> &newVersionString);
 
 private:
     QSharedDataPointer<QVErrorData> d;

@@ -33,6 +33,10 @@
         <source>404</source>
         <translation>Nicht gefunden</translation>
     </message>
+    <message>
+        <source>http-404</source>
+        <translation>Nicht gefunden</translation>
+    </message>
 </context>
 <context>
     <name>Localizable</name>
