@@ -121,6 +121,8 @@ private:
     // the document type are skipped; an unresolved entity is an error.
     bool nextSignificant();
     bool readValue(int depth, QVariant &result);
+    enum class Child { Element, End, Failed };
+    Child nextChild(QStringView container);
     bool readDict(int depth, QVariant &result);
     bool readArray(int depth, QVariant &result);
     // Collects the text of the current element, named for errors, up to its end tag.
@@ -265,24 +267,37 @@ bool Reader::readValue(int depth, QVariant &result)
     return fail(u"unknown element <%1>"_s.arg(name));
 }
 
+// Moves to the next element inside a container, or to the container's end.
+Reader::Child Reader::nextChild(QStringView container)
+{
+    if (!nextSignificant())
+        return Child::Failed;
+    switch (m_xml.tokenType()) {
+    case QXmlStreamReader::EndElement:
+        return Child::End;
+    case QXmlStreamReader::Characters:
+        fail(u"text inside <%1>"_s.arg(container));
+        return Child::Failed;
+    case QXmlStreamReader::StartElement:
+        return Child::Element;
+    default:
+        fail(u"unexpected end of file"_s);
+        return Child::Failed;
+    }
+}
+
 bool Reader::readDict(int depth, QVariant &result)
 {
     if (depth > kMaxDepth)
         return fail(u"containers nested deeper than %1 levels"_s.arg(kMaxDepth));
     QVariantMap map;
     for (;;) {
-        if (!nextSignificant())
+        const Child child = nextChild(u"dict");
+        if (child == Child::Failed)
             return false;
-        switch (m_xml.tokenType()) {
-        case QXmlStreamReader::EndElement:
+        if (child == Child::End) {
             result = std::move(map);
             return true;
-        case QXmlStreamReader::Characters:
-            return fail(u"text inside <dict>"_s);
-        case QXmlStreamReader::StartElement:
-            break;
-        default:
-            return fail(u"unexpected end of file"_s);
         }
         if (m_xml.qualifiedName() != u"key")
             return fail(u"<%1> without a <key> in <dict>"_s.arg(m_xml.qualifiedName()));
@@ -309,18 +324,12 @@ bool Reader::readArray(int depth, QVariant &result)
         return fail(u"containers nested deeper than %1 levels"_s.arg(kMaxDepth));
     QVariantList list;
     for (;;) {
-        if (!nextSignificant())
+        const Child child = nextChild(u"array");
+        if (child == Child::Failed)
             return false;
-        switch (m_xml.tokenType()) {
-        case QXmlStreamReader::EndElement:
+        if (child == Child::End) {
             result = std::move(list);
             return true;
-        case QXmlStreamReader::Characters:
-            return fail(u"text inside <array>"_s);
-        case QXmlStreamReader::StartElement:
-            break;
-        default:
-            return fail(u"unexpected end of file"_s);
         }
         QVariant value;
         if (!readValue(depth, value))
