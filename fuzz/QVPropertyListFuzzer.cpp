@@ -12,7 +12,7 @@
 namespace {
 
 // Stricter than QVariant's ==: same types, NaN equal to NaN, -0 apart from 0,
-// dates in the same time spec.
+// dates in the same kind of time (UTC, local or offset).
 bool sameValue(const QVariant &a, const QVariant &b)
 {
     if (a.typeId() != b.typeId())
