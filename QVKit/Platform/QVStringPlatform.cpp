@@ -68,8 +68,8 @@ QVRange clippedRange(qsizetype size, QVRange range)
 bool isPrepend(char32_t c)
 {
     return (c >= 0x0600 && c <= 0x0605) || c == 0x06DD || c == 0x070F || c == 0x0890 || c == 0x0891 || c == 0x08E2
-        || c == 0x0D4E || c == 0x110BD || c == 0x110CD || c == 0x111C2 || c == 0x111C3 || c == 0x1193F
-        || c == 0x11941 || c == 0x11A3A || (c >= 0x11A84 && c <= 0x11A89) || c == 0x11D46 || c == 0x11F02;
+        || c == 0x0D4E || c == 0x110BD || c == 0x110CD || c == 0x111C2 || c == 0x111C3 || c == 0x1193F || c == 0x11941
+        || c == 0x11A3A || (c >= 0x11A84 && c <= 0x11A89) || c == 0x11D46 || c == 0x11F02;
 }
 
 bool isControlUnit(char16_t unit)
@@ -141,6 +141,51 @@ qsizetype graphemeAnchorAtOrAfter(QStringView text, qsizetype p)
     return p;
 }
 
+bool isRegionalIndicator(char32_t c)
+{
+    return c >= 0x1F1E6 && c <= 0x1F1FF;
+}
+
+// Every cluster boundary of a window, from 0 to its size. Qt 6.4 pairs
+// regional indicators wrongly when a pictograph precedes them ("👍🇫🇷" comes
+// out as 👍, 🇫, 🇷…), so inside each run of regional indicators the
+// boundaries are set here: one after every pair, counted from the run's start.
+QList<qsizetype> graphemeBoundaries(QStringView window)
+{
+    QList<qsizetype> boundaries;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, window);
+    for (qsizetype p = 0; p >= 0; p = finder.toNextBoundary())
+        boundaries.append(p);
+
+    qsizetype i = 0;
+    while (i < window.size()) {
+        const CodePoint first = codePointAt(window, i, window.size());
+        if (!isRegionalIndicator(first.value)) {
+            i += first.size;
+            continue;
+        }
+        const qsizetype runStart = i;
+        qsizetype runEnd = i;
+        while (runEnd < window.size()) {
+            const CodePoint next = codePointAt(window, runEnd, window.size());
+            if (!isRegionalIndicator(next.value))
+                break;
+            runEnd += next.size;
+        }
+        // Regional indicators are all two code units long.
+        const auto inside = [&](qsizetype p) { return p > runStart && p < runEnd; };
+        boundaries.removeIf(inside);
+        const auto at = std::lower_bound(boundaries.begin(), boundaries.end(), runEnd);
+        QList<qsizetype> pairs;
+        for (qsizetype p = runStart + 4; p < runEnd; p += 4)
+            pairs.append(p);
+        boundaries.insert(at - boundaries.begin(), pairs.size(), 0);
+        std::copy(pairs.cbegin(), pairs.cend(), boundaries.begin() + (at - boundaries.begin()));
+        i = runEnd;
+    }
+    return boundaries;
+}
+
 // The cluster holding index (0 <= index < size).
 QVRange clusterAt(QStringView text, qsizetype index)
 {
@@ -148,11 +193,10 @@ QVRange clusterAt(QStringView text, qsizetype index)
     const qsizetype end = graphemeAnchorAtOrAfter(text, index + 1);
     if (start == index && end == index + 1)
         return QVMakeRange(quint64(index), 1);
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.mid(start, end - start));
-    finder.setPosition(index - start);
-    const qsizetype clusterStart = finder.isAtBoundary() ? index : start + finder.toPreviousBoundary();
-    finder.setPosition(index - start);
-    const qsizetype clusterEnd = start + finder.toNextBoundary();
+    const QList<qsizetype> boundaries = graphemeBoundaries(text.mid(start, end - start));
+    const auto after = std::upper_bound(boundaries.cbegin(), boundaries.cend(), index - start);
+    const qsizetype clusterStart = start + *(after - 1);
+    const qsizetype clusterEnd = start + *after;
     return QVMakeRange(quint64(clusterStart), quint64(clusterEnd - clusterStart));
 }
 
@@ -171,8 +215,7 @@ using FoldedUnits = QVarLengthArray<char32_t, 8>;
 
 bool isTurkic(const std::optional<QLocale> &locale)
 {
-    return locale
-        && (locale->language() == QLocale::Turkish || locale->language() == QLocale::Azerbaijani);
+    return locale && (locale->language() == QLocale::Turkish || locale->language() == QLocale::Azerbaijani);
 }
 
 // Code points whose full upper-case mapping has more than one code point
@@ -488,41 +531,33 @@ void enumerateLines(QStringView text, qsizetype start, qsizetype end, bool parag
         qsizetype next = j;
         if (j < end)
             next = (text[j] == CR && j + 1 < end && text[j + 1] == LF) ? j + 2 : j + 1;
-        if (!sink(Item{p, j, p, next}))
+        if (!sink(Item {p, j, p, next}))
             return;
         p = next;
     }
 }
 
-void enumerateComposedCharacters(QStringView text, qsizetype start, qsizetype end, bool reverse,
-                                 const ItemSink &sink)
+void enumerateComposedCharacters(QStringView text, qsizetype start, qsizetype end, bool reverse, const ItemSink &sink)
 {
     const qsizetype windowStart = graphemeAnchorAtOrBefore(text, start);
     const qsizetype windowEnd = graphemeAnchorAtOrAfter(text, end);
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.mid(windowStart, windowEnd - windowStart));
-    auto report = [&](qsizetype a, qsizetype b) {
+    const QList<qsizetype> boundaries = graphemeBoundaries(text.mid(windowStart, windowEnd - windowStart));
+    auto report = [&](qsizetype i) {
         // Characters that straddle the range's edges are cut to it.
-        a = std::max(a + windowStart, start);
-        b = std::min(b + windowStart, end);
-        return a >= b || sink(Item{a, b, a, b});
+        const qsizetype a = std::max(boundaries[i] + windowStart, start);
+        const qsizetype b = std::min(boundaries[i + 1] + windowStart, end);
+        return a >= b || sink(Item {a, b, a, b});
     };
+    const qsizetype count = boundaries.size() - 1;
     if (!reverse) {
-        finder.setPosition(start - windowStart);
-        qsizetype a = finder.isAtBoundary() ? finder.position() : finder.toPreviousBoundary();
-        while (a >= 0 && a + windowStart < end) {
-            const qsizetype b = finder.toNextBoundary();
-            if (b < 0 || !report(a, b))
+        for (qsizetype i = 0; i < count; ++i) {
+            if (!report(i))
                 return;
-            a = b;
         }
     } else {
-        finder.setPosition(end - windowStart);
-        qsizetype b = finder.isAtBoundary() ? finder.position() : finder.toNextBoundary();
-        while (b > 0 && b + windowStart > start) {
-            const qsizetype a = finder.toPreviousBoundary();
-            if (a < 0 || !report(a, b))
+        for (qsizetype i = count - 1; i >= 0; --i) {
+            if (!report(i))
                 return;
-            b = a;
         }
     }
 }
@@ -618,7 +653,7 @@ void enumerateSegments(QStringView text, qsizetype start, qsizetype end, bool se
             if (!sink(*pending))
                 return;
         }
-        pending = Item{segmentStart, contentEnd, segmentStart, end};
+        pending = Item {segmentStart, contentEnd, segmentStart, end};
     }
     if (pending)
         sink(*pending);

@@ -24,7 +24,7 @@ void PrintTo(const QString &string, std::ostream *os)
 namespace {
 
 const QString family = u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s; // 8 code units, one character
-const QString flags = u"\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7"_s;      // 🇩🇪🇫🇷: two characters of 4
+const QString flags = u"\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7"_s; // 🇩🇪🇫🇷: two characters of 4
 const QString loneHigh = QString(QChar(0xD83D));
 const QString loneLow = QString(QChar(0xDE00));
 
@@ -81,7 +81,7 @@ TEST(QVStringPlatformTest, ComposedCharacterAtIndex)
         QVRange expected;
     };
     const QString withFamily = u"a"_s + family + u"b"_s; // a{1,8}b, length 10
-    const QString runOfIndicators = repeated(u"\U0001F1E9"_s, 51);  // pairs, with one left over at the end
+    const QString runOfIndicators = repeated(u"\U0001F1E9"_s, 51); // pairs, with one left over at the end
     const Row rows[] = {
         {"before the family", withFamily, 0, {0, 1}},
         {"family first unit", withFamily, 1, {1, 8}},
@@ -123,12 +123,14 @@ TEST(QVStringPlatformTest, ComposedCharacterAtIndex)
 // The lookup classifies only a window around the index; on a mixed text every
 // index must still agree with a finder run over the whole string. (Scripts
 // that Qt tailors by script run, such as Devanagari and Thai, are left out:
-// next to emoji the whole-string finder then breaks inside surrogate pairs.)
+// next to emoji the whole-string finder then breaks inside surrogate pairs;
+// so are regional indicators, which Qt pairs wrongly after a pictograph and
+// which have their own test below.)
 TEST(QVStringPlatformTest, ComposedCharacterAgreesWithWholeStringFinder)
 {
-    const QString pieces[] = {u"a"_s, u" "_s, u"\u0301"_s, u"\u200D"_s, u"\U0001F1E9"_s, u"\U0001F1EA"_s,
-                              family, u"\U0001F468"_s, u"\U0001F3FD"_s, u"\r"_s, u"\n"_s, u"\u1100"_s,
-                              u"\u1161"_s, u"\uAC00"_s, u"\u0600"_s, u"\u65E5"_s, loneHigh, loneLow, u"\u00E9"_s, u"\u2764\uFE0F"_s};
+    const QString pieces[] = {u"a"_s,          u" "_s,      u"\u0301"_s, u"\u200D"_s, family,      u"\U0001F468"_s,
+                              u"\U0001F3FD"_s, u"\r"_s,     u"\n"_s,     u"\u1100"_s, u"\u1161"_s, u"\uAC00"_s,
+                              u"\u0600"_s,     u"\u65E5"_s, loneHigh,    loneLow,     u"\u00E9"_s, u"\u2764\uFE0F"_s};
     QRandomGenerator random(20240607);
     QString text;
     while (text.size() < 3000)
@@ -158,8 +160,7 @@ TEST(QVStringPlatformTest, ComposedCharacterAgreesWithWholeStringFinder)
                                          QVStringEnumerationByComposedCharacterSequences,
                                          [&](const QString &, QVRange r, QVRange, bool *) { forward.push_back(r); });
     QVString::enumerateSubstringsInRange(
-        text, QVString::fullRange(text),
-        QVStringEnumerationByComposedCharacterSequences | QVStringEnumerationReverse,
+        text, QVString::fullRange(text), QVStringEnumerationByComposedCharacterSequences | QVStringEnumerationReverse,
         [&](const QString &, QVRange r, QVRange, bool *) { backward.insert(backward.begin(), r); });
     EXPECT_EQ(forward, backward);
     quint64 next = 0;
@@ -245,44 +246,88 @@ TEST(QVStringPlatformTest, RangeOfString)
         {"half a sharp s", u"\u00DF"_s, u"s"_s, QVCaseInsensitiveSearch, full, {}, none},
         {"ligature fi", u"\uFB01x"_s, u"FIX"_s, QVCaseInsensitiveSearch, full, {}, {0, 2}},
         {"backwards folding", u"aXbxc"_s, u"x"_s, QVCaseInsensitiveSearch | QVBackwardsSearch, full, {}, {3, 1}},
-        {"anchored backwards folding", u"xxstra\u00DFe"_s, u"STRASSE"_s,
-         QVCaseInsensitiveSearch | QVBackwardsSearch | QVAnchoredSearch, full, {}, {2, 6}},
-        {"anchored backwards folding misses", u"abXc"_s, u"x"_s,
-         QVCaseInsensitiveSearch | QVBackwardsSearch | QVAnchoredSearch, full, {}, none},
+        {"anchored backwards folding",
+         u"xxstra\u00DFe"_s,
+         u"STRASSE"_s,
+         QVCaseInsensitiveSearch | QVBackwardsSearch | QVAnchoredSearch,
+         full,
+         {},
+         {2, 6}},
+        {"anchored backwards folding misses",
+         u"abXc"_s,
+         u"x"_s,
+         QVCaseInsensitiveSearch | QVBackwardsSearch | QVAnchoredSearch,
+         full,
+         {},
+         none},
         {"anchored folding misses", u"aX"_s, u"x"_s, QVCaseInsensitiveSearch | QVAnchoredSearch, full, {}, none},
         {"folding in range", u"XaXbX"_s, u"x"_s, QVCaseInsensitiveSearch, {1, 3}, {}, {2, 1}},
         // Turkish: I and ı, İ and i are the pairs.
-        {"turkish dotted capital", u"D\u0130YARBAKIR"_s, u"diyarbak\u0131r"_s, QVCaseInsensitiveSearch, full,
-         turkish, {0, 10}},
+        {"turkish dotted capital",
+         u"D\u0130YARBAKIR"_s,
+         u"diyarbak\u0131r"_s,
+         QVCaseInsensitiveSearch,
+         full,
+         turkish,
+         {0, 10}},
         {"turkish I is not i", u"ISTANBUL"_s, u"istanbul"_s, QVCaseInsensitiveSearch, full, turkish, none},
         {"without locale I is i", u"ISTANBUL"_s, u"istanbul"_s, QVCaseInsensitiveSearch, full, {}, {0, 8}},
-        {"without locale dotless i stays", u"D\u0130YARBAKIR"_s, u"diyarbak\u0131r"_s, QVCaseInsensitiveSearch,
-         full, {}, none},
+        {"without locale dotless i stays",
+         u"D\u0130YARBAKIR"_s,
+         u"diyarbak\u0131r"_s,
+         QVCaseInsensitiveSearch,
+         full,
+         {},
+         none},
         // Diacritics are ignored after decomposition; ranges map back to the text.
-        {"resume finds résumé", u"Mon r\u00E9sum\u00E9!"_s, u"resume"_s, QVDiacriticInsensitiveSearch, full, {},
+        {"resume finds résumé",
+         u"Mon r\u00E9sum\u00E9!"_s,
+         u"resume"_s,
+         QVDiacriticInsensitiveSearch,
+         full,
+         {},
          {4, 6}},
-        {"decomposed text, marks included", u"re\u0301sume\u0301 x"_s, u"resume"_s, QVDiacriticInsensitiveSearch,
-         full, {}, {0, 8}},
+        {"decomposed text, marks included",
+         u"re\u0301sume\u0301 x"_s,
+         u"resume"_s,
+         QVDiacriticInsensitiveSearch,
+         full,
+         {},
+         {0, 8}},
         {"accented search", u"resume"_s, u"r\u00E9sum\u00E9"_s, QVDiacriticInsensitiveSearch, full, {}, {0, 6}},
         {"accents sensitive", u"r\u00E9sum\u00E9"_s, u"resume"_s, QVCaseInsensitiveSearch, full, {}, none},
-        {"case and diacritics", u"R\u00C9SUM\u00C9"_s, u"resume"_s,
-         QVCaseInsensitiveSearch | QVDiacriticInsensitiveSearch, full, {}, {0, 6}},
+        {"case and diacritics",
+         u"R\u00C9SUM\u00C9"_s,
+         u"resume"_s,
+         QVCaseInsensitiveSearch | QVDiacriticInsensitiveSearch,
+         full,
+         {},
+         {0, 6}},
         {"marks-only search", u"e\u0301"_s, u"\u0301"_s, QVDiacriticInsensitiveSearch, full, {}, none},
         {"kana voicing mark", u"\u304C"_s, u"\u304B"_s, QVDiacriticInsensitiveSearch, full, {}, {0, 1}},
         // Without the literal option, composed and decomposed forms are equivalent when folding.
         {"composed finds decomposed", u"caf\u00E9"_s, u"CAFE\u0301"_s, QVCaseInsensitiveSearch, full, {}, {0, 4}},
         {"decomposed finds composed", u"cafe\u0301"_s, u"CAF\u00C9"_s, QVCaseInsensitiveSearch, full, {}, {0, 5}},
-        {"literal keeps forms apart", u"caf\u00E9"_s, u"CAFE\u0301"_s, QVCaseInsensitiveSearch | QVLiteralSearch,
-         full, {}, none},
+        {"literal keeps forms apart",
+         u"caf\u00E9"_s,
+         u"CAFE\u0301"_s,
+         QVCaseInsensitiveSearch | QVLiteralSearch,
+         full,
+         {},
+         none},
         {"base letter is not the accented one", u"e\u0301"_s, u"E"_s, QVCaseInsensitiveSearch, full, {}, none},
         {"literal base letter", u"e\u0301"_s, u"E"_s, QVCaseInsensitiveSearch | QVLiteralSearch, full, {}, {0, 1}},
-        {"hangul syllable and jamo", u"x\uAC01"_s, u"\u1100\u1161\u11A8"_s, QVCaseInsensitiveSearch, full, {},
-         {1, 1}},
+        {"hangul syllable and jamo", u"x\uAC01"_s, u"\u1100\u1161\u11A8"_s, QVCaseInsensitiveSearch, full, {}, {1, 1}},
         {"emoji folding", u"a"_s + family + u"b"_s, family + u"B"_s, QVCaseInsensitiveSearch, full, {}, {1, 9}},
         // Lone surrogates are characters of their own and never crash a search.
         {"lone low in text, plain", u"a"_s + loneHigh + u"b"_s + loneLow, loneLow, 0, full, {}, {3, 1}},
-        {"lone low in text, folding", u"a"_s + loneHigh + u"b"_s + loneLow, loneLow, QVCaseInsensitiveSearch, full,
-         {}, {3, 1}},
+        {"lone low in text, folding",
+         u"a"_s + loneHigh + u"b"_s + loneLow,
+         loneLow,
+         QVCaseInsensitiveSearch,
+         full,
+         {},
+         {3, 1}},
         {"lone high search in a pair", u"\U0001F600"_s, loneHigh, QVDiacriticInsensitiveSearch, full, {}, none},
         {"pair cut by the range", u"\U0001F600"_s, loneHigh, QVCaseInsensitiveSearch, {0, 1}, {}, {0, 1}},
     };
@@ -325,8 +370,12 @@ TEST(QVStringPlatformTest, RangeOfCharacterFromSet)
         {"anchored at range start", text, emoji, QVAnchoredSearch, {3, 3}, {3, 2}},
         {"pair cut by the range", text, emoji, 0, {0, 4}, none},
         {"inverted set skips the pair", text, letters.invertedSet(), QVBackwardsSearch, {0, 6}, {5, 1}},
-        {"lone surrogate as itself", u"a"_s + loneLow, QVCharacterSet::characterSetWithCharactersInString(loneLow),
-         0, full, {1, 1}},
+        {"lone surrogate as itself",
+         u"a"_s + loneLow,
+         QVCharacterSet::characterSetWithCharactersInString(loneLow),
+         0,
+         full,
+         {1, 1}},
         {"empty text", u""_s, spaces, 0, {0, 0}, none},
         {"range past the end", text, letters, 0, {7, 2}, none},
         {"not found range", text, letters, 0, QVNotFoundRange(), none},
@@ -343,15 +392,14 @@ TEST(QVStringPlatformTest, EnumerateLinesAndParagraphs)
 {
     const QString text = u"a\r\nb\n\nc\u2028d\u2029e\rf\u0085g"_s;
     const std::vector<Substring> lines = {
-        {u"a"_s, {0, 1}, {0, 3}}, {u"b"_s, {3, 1}, {3, 2}},   {u""_s, {5, 0}, {5, 1}},
-        {u"c"_s, {6, 1}, {6, 2}}, {u"d"_s, {8, 1}, {8, 2}},   {u"e"_s, {10, 1}, {10, 2}},
-        {u"f"_s, {12, 1}, {12, 2}}, {u"g"_s, {14, 1}, {14, 1}},
+        {u"a"_s, {0, 1}, {0, 3}}, {u"b"_s, {3, 1}, {3, 2}},   {u""_s, {5, 0}, {5, 1}},    {u"c"_s, {6, 1}, {6, 2}},
+        {u"d"_s, {8, 1}, {8, 2}}, {u"e"_s, {10, 1}, {10, 2}}, {u"f"_s, {12, 1}, {12, 2}}, {u"g"_s, {14, 1}, {14, 1}},
     };
     EXPECT_EQ(enumerate(text, QVStringEnumerationByLines), lines);
 
     const std::vector<Substring> paragraphs = {
-        {u"a"_s, {0, 1}, {0, 3}},           {u"b"_s, {3, 1}, {3, 2}},   {u""_s, {5, 0}, {5, 1}},
-        {u"c\u2028d"_s, {6, 3}, {6, 4}},    {u"e"_s, {10, 1}, {10, 2}}, {u"f"_s, {12, 1}, {12, 2}},
+        {u"a"_s, {0, 1}, {0, 3}},        {u"b"_s, {3, 1}, {3, 2}},   {u""_s, {5, 0}, {5, 1}},
+        {u"c\u2028d"_s, {6, 3}, {6, 4}}, {u"e"_s, {10, 1}, {10, 2}}, {u"f"_s, {12, 1}, {12, 2}},
         {u"g"_s, {14, 1}, {14, 1}},
     };
     EXPECT_EQ(enumerate(text, QVStringEnumerationByParagraphs), paragraphs);
@@ -360,10 +408,9 @@ TEST(QVStringPlatformTest, EnumerateLinesAndParagraphs)
     EXPECT_EQ(enumerate(text, QVStringEnumerationByLines | QVStringEnumerationReverse), reversed);
 
     // A final line break does not start an empty last line; the range is clipped.
-    EXPECT_EQ(enumerate(u"x\n"_s, QVStringEnumerationByLines),
-              (std::vector<Substring>{{u"x"_s, {0, 1}, {0, 2}}}));
+    EXPECT_EQ(enumerate(u"x\n"_s, QVStringEnumerationByLines), (std::vector<Substring> {{u"x"_s, {0, 1}, {0, 2}}}));
     EXPECT_EQ(enumerate(u"ab\ncd"_s, QVStringEnumerationByLines, {1, 100}),
-              (std::vector<Substring>{{u"b"_s, {1, 1}, {1, 2}}, {u"cd"_s, {3, 2}, {3, 2}}}));
+              (std::vector<Substring> {{u"b"_s, {1, 1}, {1, 2}}, {u"cd"_s, {3, 2}, {3, 2}}}));
     EXPECT_TRUE(enumerate(u"ab"_s, QVStringEnumerationByLines, QVNotFoundRange()).empty());
     EXPECT_TRUE(enumerate(u""_s, QVStringEnumerationByLines).empty());
 }
@@ -386,8 +433,8 @@ TEST(QVStringPlatformTest, EnumerationFlagsAndStop)
                                                  *stop = seen.size() == 2;
                                              });
         EXPECT_TRUE(allNull);
-        const std::vector<QVRange> expected = reverse ? std::vector<QVRange>{characters[4], characters[3]}
-                                                      : std::vector<QVRange>{characters[0], characters[1]};
+        const std::vector<QVRange> expected = reverse ? std::vector<QVRange> {characters[4], characters[3]}
+                                                      : std::vector<QVRange> {characters[0], characters[1]};
         EXPECT_EQ(seen, expected);
     }
 
@@ -406,7 +453,7 @@ TEST(QVStringPlatformTest, EnumerationFlagsAndStop)
 
     // A range cutting characters yields the pieces inside it.
     EXPECT_EQ(enumerate(text, QVStringEnumerationByComposedCharacterSequences, {5, 5}),
-              (std::vector<Substring>{{text.mid(5, 4), {5, 4}, {5, 4}}, {u"e"_s, {9, 1}, {9, 1}}}));
+              (std::vector<Substring> {{text.mid(5, 4), {5, 4}, {5, 4}}, {u"e"_s, {9, 1}, {9, 1}}}));
     // Localized is accepted and changes nothing.
     EXPECT_EQ(enumerate(u"Grüße aus Köln"_s, QVStringEnumerationByWords | QVStringEnumerationLocalized),
               enumerate(u"Grüße aus Köln"_s, QVStringEnumerationByWords));
@@ -418,32 +465,32 @@ TEST(QVStringPlatformTest, EnumerateWordsAndSentences)
 {
     const QString german = u"Grüße, Herr Müller! Wie geht's?"_s;
     const std::vector<Substring> words = {
-        {u"Grüße"_s, {0, 5}, {0, 7}},  {u"Herr"_s, {7, 4}, {7, 5}}, {u"Müller"_s, {12, 6}, {12, 8}},
-        {u"Wie"_s, {20, 3}, {20, 4}},  {u"geht's"_s, {24, 6}, {24, 7}},
+        {u"Grüße"_s, {0, 5}, {0, 7}}, {u"Herr"_s, {7, 4}, {7, 5}},     {u"Müller"_s, {12, 6}, {12, 8}},
+        {u"Wie"_s, {20, 3}, {20, 4}}, {u"geht's"_s, {24, 6}, {24, 7}},
     };
     EXPECT_EQ(enumerate(german, QVStringEnumerationByWords), words);
     EXPECT_EQ(enumerate(german, QVStringEnumerationByWords | QVStringEnumerationReverse),
               std::vector<Substring>(words.rbegin(), words.rend()));
     // Inside a range: a word cut by the range start is cut, filler before the next word belongs to it.
-    EXPECT_EQ(enumerate(german, QVStringEnumerationByWords, {2, 11}),
-              (std::vector<Substring>{{u"üße"_s, {2, 3}, {2, 5}}, {u"Herr"_s, {7, 4}, {7, 5}},
-                                      {u"M"_s, {12, 1}, {12, 1}}}));
+    EXPECT_EQ(
+        enumerate(german, QVStringEnumerationByWords, {2, 11}),
+        (std::vector<Substring> {{u"üße"_s, {2, 3}, {2, 5}}, {u"Herr"_s, {7, 4}, {7, 5}}, {u"M"_s, {12, 1}, {12, 1}}}));
 
     // QTextBoundaryFinder keeps runs of katakana together; each kanji and
     // hiragana stands alone, and the ideographic full stop is no word.
     EXPECT_EQ(substrings(u"日本語のテキストです。"_s, QVStringEnumerationByWords),
-              (std::vector<QString>{u"日"_s, u"本"_s, u"語"_s, u"の"_s, u"テキスト"_s, u"で"_s, u"す"_s}));
+              (std::vector<QString> {u"日"_s, u"本"_s, u"語"_s, u"の"_s, u"テキスト"_s, u"で"_s, u"す"_s}));
     EXPECT_EQ(substrings(u"-- 42, 3.5 \U0001F600 x_y"_s, QVStringEnumerationByWords),
-              (std::vector<QString>{u"42"_s, u"3.5"_s, u"x_y"_s}));
+              (std::vector<QString> {u"42"_s, u"3.5"_s, u"x_y"_s}));
     EXPECT_TRUE(enumerate(u" ,.! "_s, QVStringEnumerationByWords).empty());
 
     const QString prose = u"Hello there. How are you?\n\nFine."_s;
     EXPECT_EQ(enumerate(prose, QVStringEnumerationBySentences),
-              (std::vector<Substring>{{u"Hello there."_s, {0, 12}, {0, 13}},
-                                      {u"How are you?"_s, {13, 12}, {13, 14}},
-                                      {u"Fine."_s, {27, 5}, {27, 5}}}));
+              (std::vector<Substring> {{u"Hello there."_s, {0, 12}, {0, 13}},
+                                       {u"How are you?"_s, {13, 12}, {13, 14}},
+                                       {u"Fine."_s, {27, 5}, {27, 5}}}));
     EXPECT_EQ(substrings(prose, QVStringEnumerationBySentences | QVStringEnumerationReverse),
-              (std::vector<QString>{u"Fine."_s, u"How are you?"_s, u"Hello there."_s}));
+              (std::vector<QString> {u"Fine."_s, u"How are you?"_s, u"Hello there."_s}));
 }
 
 TEST(QVStringPlatformTest, LineAndParagraphRanges)
@@ -507,8 +554,12 @@ TEST(QVStringPlatformTest, CaseMapping)
         {"turkish i", u"istanbul ılık"_s, turkish, u"İSTANBUL ILIK"_s, u"istanbul ılık"_s, u"İstanbul Ilık"_s},
         {"turkish capitals", u"IŞIK İZMİR"_s, turkish, u"IŞIK İZMİR"_s, u"ışık izmir"_s, u"Işık İzmir"_s},
         {"i without locale", u"IŞIK"_s, {}, u"IŞIK"_s, u"işik"_s, u"Işik"_s},
-        {"words and filler", u"  hello, wORLD! don't stop-me 3D"_s, {}, u"  HELLO, WORLD! DON'T STOP-ME 3D"_s,
-         u"  hello, world! don't stop-me 3d"_s, u"  Hello, World! Don't Stop-Me 3d"_s},
+        {"words and filler",
+         u"  hello, wORLD! don't stop-me 3D"_s,
+         {},
+         u"  HELLO, WORLD! DON'T STOP-ME 3D"_s,
+         u"  hello, world! don't stop-me 3d"_s,
+         u"  Hello, World! Don't Stop-Me 3d"_s},
         {"combining mark stays", u"e\u0301lan"_s, {}, u"E\u0301LAN"_s, u"e\u0301lan"_s, u"E\u0301lan"_s},
         {"empty", u""_s, {}, u""_s, u""_s, u""_s},
     };
@@ -526,4 +577,31 @@ TEST(QVStringPlatformTest, BackwardsSearchStaysInsideARangeThatEndsEarly)
     EXPECT_EQ(QVString::rangeOfString(u"a-a-a-a"_s, u"a"_s, QVBackwardsSearch, QVMakeRange(1, 5)), QVMakeRange(4, 1));
     EXPECT_EQ(QVString::rangeOfString(u"a-a-a-a"_s, u"a-"_s, QVBackwardsSearch, QVMakeRange(0, 5)), QVMakeRange(2, 2));
     EXPECT_EQ(QVString::rangeOfString(u"ab"_s, u"abc"_s, QVBackwardsSearch, QVMakeRange(0, 2)), QVNotFoundRange());
+}
+
+TEST(QVStringPlatformTest, FlagsPairFromTheStartOfTheirRunAfterAnEmoji)
+{
+    // 👍 🇫🇷 🇫🇷 x: Qt's own finder pairs the indicators one off after a pictograph.
+    const QString text = u"\U0001F44D\U0001F1EB\U0001F1F7\U0001F1EB\U0001F1F7x"_s;
+    const QVRange expected[]
+        = {{0, 2}, {0, 2}, {2, 4}, {2, 4}, {2, 4}, {2, 4}, {6, 4}, {6, 4}, {6, 4}, {6, 4}, {10, 1}};
+    for (qsizetype i = 0; i < text.size(); ++i)
+        EXPECT_EQ(QVString::rangeOfComposedCharacterSequenceAtIndex(text, quint64(i)), expected[i]) << i;
+
+    for (const bool reverse : {false, true}) {
+        QVRangeList seen;
+        QVString::enumerateSubstringsInRange(
+            text, QVString::fullRange(text),
+            QVStringEnumerationByComposedCharacterSequences
+                | (reverse ? quint64(QVStringEnumerationReverse) : quint64(0)),
+            [&](const QString &, QVRange range, QVRange, bool *) { seen.append(range); });
+        QVRangeList wanted {{0, 2}, {2, 4}, {6, 4}, {10, 1}};
+        if (reverse)
+            std::reverse(wanted.begin(), wanted.end());
+        EXPECT_EQ(seen, wanted);
+    }
+    // An odd indicator at the end of a run stands alone.
+    const QString odd = u"\U0001F44D\U0001F1EB\U0001F1F7\U0001F1EB"_s;
+    EXPECT_EQ(QVString::rangeOfComposedCharacterSequenceAtIndex(odd, 6), QVMakeRange(6, 2));
+    EXPECT_EQ(QVString::rangeOfComposedCharacterSequencesForRange(odd, QVMakeRange(3, 1)), QVMakeRange(2, 4));
 }
