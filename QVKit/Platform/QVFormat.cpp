@@ -138,8 +138,8 @@ QString QVFormatArgument::toText() const
 
 namespace {
 
-// The pieces of one conversion specification, as read from the format.
-struct Specification
+// The pieces of one conversion directive, as read from the format.
+struct Directive
 {
     QByteArray flags;
     int width = -1;
@@ -147,25 +147,25 @@ struct Specification
     char conversion = 0;
 };
 
-QString padded(const QString &text, const Specification &spec)
+QString padded(const QString &text, const Directive &directive)
 {
-    if (spec.width <= text.size())
+    if (directive.width <= text.size())
         return text;
-    const QString padding(spec.width - text.size(), u' ');
-    return spec.flags.contains('-') ? text + padding : padding + text;
+    const QString padding(directive.width - text.size(), u' ');
+    return directive.flags.contains('-') ? text + padding : padding + text;
 }
 
 // Numbers go through the C library so that every flag behaves as printf's.
 template <typename Value>
-QString printNumber(const Specification &spec, const char *length, Value value)
+QString printNumber(const Directive &directive, const char *length, Value value)
 {
-    QByteArray format = "%" + spec.flags;
-    if (spec.width >= 0)
-        format += QByteArray::number(spec.width);
-    if (spec.precision >= 0)
-        format += '.' + QByteArray::number(spec.precision);
+    QByteArray format = "%" + directive.flags;
+    if (directive.width >= 0)
+        format += QByteArray::number(directive.width);
+    if (directive.precision >= 0)
+        format += '.' + QByteArray::number(directive.precision);
     format += length;
-    format += spec.conversion;
+    format += directive.conversion;
 
     char buffer[128];
     int written = std::snprintf(buffer, sizeof buffer, format.constData(), value);
@@ -199,7 +199,7 @@ QString QVFormatList(const char *format, std::span<const QVFormatArgument> argum
             continue;
         }
         result += QString::fromUtf8(literalStart, cursor - literalStart);
-        const char *specificationStart = cursor;
+        const char *directiveStart = cursor;
         ++cursor;
         if (*cursor == '%') {
             result += u'%';
@@ -207,65 +207,65 @@ QString QVFormatList(const char *format, std::span<const QVFormatArgument> argum
             continue;
         }
 
-        Specification spec;
+        Directive directive;
         while (*cursor && std::strchr("-+ #0'", *cursor))
-            spec.flags += *cursor++;
+            directive.flags += *cursor++;
         if (*cursor == '*') {
             ++cursor;
             if (const QVFormatArgument *argument = takeArgument()) {
                 // Clamped first, so that negating the most negative number cannot overflow.
                 const qlonglong width = std::clamp(argument->toSigned(), -4096LL, 4096LL);
                 if (width < 0)
-                    spec.flags += '-';
-                spec.width = int(width < 0 ? -width : width);
+                    directive.flags += '-';
+                directive.width = int(width < 0 ? -width : width);
             }
         } else {
             while (*cursor >= '0' && *cursor <= '9')
-                spec.width = qMin(qMax(spec.width, 0) * 10 + (*cursor++ - '0'), 4096);
+                directive.width = qMin(qMax(directive.width, 0) * 10 + (*cursor++ - '0'), 4096);
         }
         if (*cursor == '.') {
             ++cursor;
-            spec.precision = 0;
+            directive.precision = 0;
             if (*cursor == '*') {
                 ++cursor;
                 if (const QVFormatArgument *argument = takeArgument())
-                    spec.precision = int(std::clamp(argument->toSigned(), -1LL, 4096LL));
+                    directive.precision = int(std::clamp(argument->toSigned(), -1LL, 4096LL));
             } else {
                 while (*cursor >= '0' && *cursor <= '9')
-                    spec.precision = qMin(spec.precision * 10 + (*cursor++ - '0'), 4096);
+                    directive.precision = qMin(directive.precision * 10 + (*cursor++ - '0'), 4096);
             }
         }
         while (*cursor && std::strchr("hlLqjzt", *cursor))
             ++cursor;
-        spec.conversion = *cursor;
-        if (!spec.conversion) {
-            literalStart = cursor; // an unfinished specification at the end prints nothing
+        directive.conversion = *cursor;
+        if (!directive.conversion) {
+            literalStart = cursor; // an unfinished directive at the end prints nothing
             break;
         }
         ++cursor;
         literalStart = cursor;
 
         const QVFormatArgument *argument = nullptr;
-        if (std::strchr("diuoxXcCsSfFeEgGaAp@", spec.conversion))
+        if (std::strchr("diuoxXcCsSfFeEgGaAp@", directive.conversion))
             argument = takeArgument();
         else {
             // Not a conversion: keep the text as written.
-            result += QString::fromUtf8(specificationStart, cursor - specificationStart);
+            result += QString::fromUtf8(directiveStart, cursor - directiveStart);
             continue;
         }
         if (!argument)
             continue;
 
-        switch (spec.conversion) {
+        switch (directive.conversion) {
         case 'd':
         case 'i':
-            result += printNumber(spec, "ll", argument->toSigned());
+            result += printNumber(directive, "ll", argument->toSigned());
             break;
         case 'u':
         case 'o':
         case 'x':
         case 'X':
-            result += printNumber(spec, "ll", argument->toUnsigned());
+            result += printNumber(directive, "ll", argument->toUnsigned());
             break;
         case 'f':
         case 'F':
@@ -275,13 +275,13 @@ QString QVFormatList(const char *format, std::span<const QVFormatArgument> argum
         case 'G':
         case 'a':
         case 'A':
-            result += printNumber(spec, "", argument->toDouble());
+            result += printNumber(directive, "", argument->toDouble());
             break;
         case 'c':
         case 'C': {
             const qulonglong value = argument->toUnsigned();
             const char32_t code = value <= 0x10FFFF ? char32_t(value) : char32_t(0xFFFD);
-            result += padded(QString::fromUcs4(&code, 1), spec);
+            result += padded(QString::fromUcs4(&code, 1), directive);
             break;
         }
         case 'p':
@@ -289,13 +289,13 @@ QString QVFormatList(const char *format, std::span<const QVFormatArgument> argum
                                      && !argument->toPointer()
                                  ? u"0x0"_s
                                  : u"0x"_s + QString::number(argument->toUnsigned(), 16),
-                             spec);
+                             directive);
             break;
         default: { // s, S, @
             QString text = argument->toText();
-            if (spec.precision >= 0 && spec.conversion != '@')
-                text.truncate(spec.precision);
-            result += padded(text, spec);
+            if (directive.precision >= 0 && directive.conversion != '@')
+                text.truncate(directive.precision);
+            result += padded(text, directive);
             break;
         }
         }
