@@ -1,0 +1,205 @@
+#pragma once
+
+#include <QVKit/Platform/QVAttributedString.h>
+#include <QVKit/Platform/QVRange.h>
+#include <QVKit/QVKitExport.h>
+
+#include <QtCore/QString>
+#include <QtCore/QStringView>
+#include <QtCore/QVariant>
+
+/** How sourceTextConvertToCase converts each piece of the range. */
+enum QVCaseType : quint64 {
+    QVCaseTypeUppercase = 0,
+    QVCaseTypeLowercase = 1,
+    /** First letter of each word upper (title) case, the rest lower case. */
+    QVCaseTypeCapitalize = 2,
+};
+
+/** Which of the current locale's quotation mark pairs to use. */
+enum QVQuoteType : quint64 {
+    QVQuoteTypeStandard = 0,
+    /** The alternate pair; the standard pair when the locale has none. */
+    QVQuoteTypeAlternative = 1,
+};
+
+/** What sourceTextConvertToQuotation makes of the quotes in the range. */
+enum QVQuotationType : quint64 {
+    /** Typographic quotes become " and '. */
+    QVQuotationTypeStraight = 0,
+    /** " and ' become the locale's opening or closing marks. */
+    QVQuotationTypeSmart = 1,
+};
+
+/** The operations of QVTextCore::modifySourceText. */
+enum QVTextCoreOperation : quint64 {
+    QVTextCoreOperationInsert = 0,
+    /** Removes the strings only where they are found around (or just inside) the range. */
+    QVTextCoreOperationRemove = 1,
+    /** Removes as many code units as the strings are long, without comparing. */
+    QVTextCoreOperationRemoveIgnoringCheck = 2,
+};
+
+// User-default keys read by delimiter matching (QVUserDefaults::standardUserDefaults()).
+/** bool, true when unset; false uses every delimiter as both its opening and its closing delimiter. */
+inline constexpr QStringView QVTextDelimitersUseDelimiterMatching = u"QVTextDelimitersUseDelimiterMatching";
+/** A list of [open, close] string lists, looked at before the built-in pairs; other entries are skipped. */
+inline constexpr QStringView QVTextDelimitersCustomPairs = u"QVTextDelimitersCustomPairs";
+/** A list of opening delimiters whose matching is switched off: each is used as both open and close. */
+inline constexpr QStringView QVTextDelimitersDisabledMatches = u"QVTextDelimitersDisabledMatches";
+
+/**
+ * The text transformations on plain and attributed text: case conversion,
+ * straight and smart quotes, localized quotes and delimiters around a range,
+ * and inserting or removing a string before and after a range. The members
+ * are pure functions of their arguments and the current locale, and may run
+ * on any thread; only delimiter matching also reads the user defaults, and
+ * so belongs on the main thread with them.
+ *
+ * Each operation takes its source three ways: a QVariant holding a QString or
+ * a QVAttributedString (anything else logs "Invalid source text: %@" and
+ * answers an invalid QVariant or changes nothing), a QString, or a
+ * QVAttributedString. Ranges count UTF-16 code units and are clipped to the
+ * text; a range starting past the end converts or changes nothing.
+ *
+ * Case conversion uses QVString's full case mapping (ß → SS) in the current
+ * locale (QLocale()): upper and lower case convert each composed character
+ * sequence by itself (so a final Σ lowers to σ, not ς), capitalization each
+ * word with the separators after it; text before the first word is kept.
+ * Attribute runs over the range are kept, shifted where a piece changes length.
+ *
+ * Quotes: the locale's marks come from QLocale::quoteString (standard and
+ * alternate). Straightening maps “ ” „ ‟ « » 〝 〞 〟 ＂ to " and ‘ ’ ‚ ‛ ‹ › ＇
+ * to '. Smartening turns " into the standard pair and ' into the alternate
+ * pair: a mark opens at the start of the text, or after white space, an
+ * opening bracket, a dash or an opening mark of the locale (the text before
+ * the range counts), and closes otherwise (so don't gets the closing single
+ * mark).
+ *
+ * Delimiters: the built-in pairs () [] {} <> “” ‘’ «» ‹› „“ 「」 『』 are found
+ * from either member; the custom pairs and switches of the delimiter
+ * defaults apply first. Strings inserted around a range take the attributes of
+ * the neighbouring text.
+ */
+class QVKIT_EXPORT QVTextCore
+{
+public:
+    // Case conversion.
+
+    /**
+     * The range's text converted to the case type, as the source's kind (an
+     * attributed result keeps the range's attributes, starting at 0). An
+     * unknown case type logs "Unknown caseType" and gives an empty result.
+     */
+    static QVariant sourceTextConvertToCase(const QVariant &source, quint64 caseType, QVRange range);
+    static QString sourceTextConvertToCase(const QString &source, quint64 caseType, QVRange range);
+    static QVAttributedString sourceTextConvertToCase(const QVAttributedString &source, quint64 caseType,
+                                                      QVRange range);
+    /** Replaces the range by its converted text; an unknown case type changes nothing. */
+    static void modifySourceTextConvertToCase(QVariant &source, quint64 caseType, QVRange range);
+    static void modifySourceTextConvertToCase(QString &source, quint64 caseType, QVRange range);
+    static void modifySourceTextConvertToCase(QVAttributedString &source, quint64 caseType, QVRange range);
+
+    // Quotes.
+
+    /**
+     * The current locale's begin and end quotation marks for the quote type
+     * through the two pointers (either may be null). A type of 2 or more logs
+     * "Unsupported quote type: %lu" and gives the standard marks.
+     */
+    static void stringsForQuoteType(quint64 type, QString *begin, QString *end);
+
+    /**
+     * The range's text with its quotes straightened or smartened. An unknown
+     * quotation type logs "Unknown quotationType" and gives the text unchanged.
+     */
+    static QVariant sourceTextConvertToQuotation(const QVariant &source, quint64 quotationType, QVRange range);
+    static QString sourceTextConvertToQuotation(const QString &source, quint64 quotationType, QVRange range);
+    static QVAttributedString sourceTextConvertToQuotation(const QVAttributedString &source, quint64 quotationType,
+                                                           QVRange range);
+    static void modifySourceTextConvertToQuotation(QVariant &source, quint64 quotationType, QVRange range);
+    static void modifySourceTextConvertToQuotation(QString &source, quint64 quotationType, QVRange range);
+    static void modifySourceTextConvertToQuotation(QVAttributedString &source, quint64 quotationType, QVRange range);
+
+    /** Wraps the range in the quote type's marks (see stringsForQuoteType). */
+    static void modifySourceTextInsertLocalizedQuoteType(QVariant &source, quint64 quoteType, QVRange range);
+    static void modifySourceTextInsertLocalizedQuoteType(QString &source, quint64 quoteType, QVRange range);
+    static void modifySourceTextInsertLocalizedQuoteType(QVAttributedString &source, quint64 quoteType, QVRange range);
+
+    // Delimiters.
+
+    /**
+     * The opening and closing delimiter that belong to a delimiter given as
+     * either of them, through the two pointers (either may be null). Without
+     * a known pair, or with matching switched off for it, the delimiter is
+     * both. Answers false (and sets nothing) only for an empty delimiter.
+     */
+    static bool stringsMatchingDelimiter(const QString &delimiter, QString *open, QString *close);
+
+    /** Wraps the range in the pair that stringsMatchingDelimiter finds. */
+    static void modifySourceTextInsertDelimitersMatchingDelimiter(QVariant &source, const QString &delimiter,
+                                                                  QVRange range);
+    static void modifySourceTextInsertDelimitersMatchingDelimiter(QString &source, const QString &delimiter,
+                                                                  QVRange range);
+    static void modifySourceTextInsertDelimitersMatchingDelimiter(QVAttributedString &source, const QString &delimiter,
+                                                                  QVRange range);
+
+    /** Wraps the range in the two strings. */
+    static void modifySourceTextInsertOpenDelimiter(QVariant &source, const QString &openDelimiter,
+                                                    const QString &closeDelimiter, QVRange range);
+    static void modifySourceTextInsertOpenDelimiter(QString &source, const QString &openDelimiter,
+                                                    const QString &closeDelimiter, QVRange range);
+    static void modifySourceTextInsertOpenDelimiter(QVAttributedString &source, const QString &openDelimiter,
+                                                    const QString &closeDelimiter, QVRange range);
+
+    // Strings before and after a range.
+
+    static void modifySourceTextInsertStringBefore(QVariant &source, const QString &before, const QString &after,
+                                                   QVRange range);
+    static void modifySourceTextInsertStringBefore(QString &source, const QString &before, const QString &after,
+                                                   QVRange range);
+    static void modifySourceTextInsertStringBefore(QVAttributedString &source, const QString &before,
+                                                   const QString &after, QVRange range);
+    static void modifySourceTextRemoveStringBefore(QVariant &source, const QString &before, const QString &after,
+                                                   QVRange range);
+    static void modifySourceTextRemoveStringBefore(QString &source, const QString &before, const QString &after,
+                                                   QVRange range);
+    static void modifySourceTextRemoveStringBefore(QVAttributedString &source, const QString &before,
+                                                   const QString &after, QVRange range);
+    static void modifySourceTextRemoveStringBeforeIgnoringCheck(QVariant &source, const QString &before,
+                                                                const QString &after, QVRange range);
+    static void modifySourceTextRemoveStringBeforeIgnoringCheck(QString &source, const QString &before,
+                                                                const QString &after, QVRange range);
+    static void modifySourceTextRemoveStringBeforeIgnoringCheck(QVAttributedString &source, const QString &before,
+                                                                const QString &after, QVRange range);
+
+    /**
+     * The worker of the three operations above (QVTextCoreOperation).
+     * Insert puts before at the range's start and after at its end. Remove
+     * removes before and after when the text just outside the range equals
+     * them, or else when the range itself starts with before and ends with
+     * after; otherwise nothing changes. RemoveIgnoringCheck removes the
+     * strings' lengths just outside the range without comparing, clipped to
+     * the text. An unknown operation changes nothing.
+     */
+    static void modifySourceText(QVariant &source, quint64 operation, const QString &before, const QString &after,
+                                 QVRange range);
+    static void modifySourceText(QString &source, quint64 operation, const QString &before, const QString &after,
+                                 QVRange range);
+    static void modifySourceText(QVAttributedString &source, quint64 operation, const QString &before,
+                                 const QString &after, QVRange range);
+
+    // The source in the wanted form; an invalid source gives the null or empty value.
+
+    /** The text of a QString or QVAttributedString source; a null QString otherwise. */
+    static QString commonStringFromObject(const QVariant &object);
+    /** As commonStringFromObject: QString is already the editable form (a detached copy to edit and store back). */
+    static QString commonMutableStringFromObject(const QVariant &object);
+    /** An attributed source as it is, a string source without attributes; empty otherwise. */
+    static QVAttributedString commonAttributedStringFromObject(const QVariant &object);
+    /** As commonAttributedStringFromObject (a copy to edit and store back). */
+    static QVAttributedString commonMutableAttributedStringFromObject(const QVariant &object);
+
+private:
+    QVTextCore() = delete;
+};
