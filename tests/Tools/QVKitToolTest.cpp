@@ -1,5 +1,6 @@
 // The qvkit tool, run as a user runs it: a separate process with arguments.
 
+#include <QVKit/Platform/QVStringPlatform.h>
 #include <QVKit/QVKitVersion.h>
 
 #include <QtCore/QFile>
@@ -21,18 +22,32 @@ struct ToolRun
     QString err;
 };
 
-ToolRun qvkit(const QStringList &arguments)
+struct ToolBytes
+{
+    int status = -1;
+    QByteArray out;
+    QString err;
+};
+
+ToolBytes qvkitBytes(const QStringList &arguments, const QByteArray &input = {})
 {
     QProcess process;
     process.start(QString::fromUtf8(QVKIT_TOOL_PATH), arguments);
+    process.write(input);
     process.closeWriteChannel();
     if (!process.waitForFinished(60000))
         return {};
-    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
-            QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1, process.readAllStandardOutput(),
+            QString::fromUtf8(process.readAllStandardError())};
 }
 
-const QStringList commands = {u"summary"_s, u"help"_s, u"version"_s, u"plist"_s, u"defaults"_s};
+ToolRun qvkit(const QStringList &arguments)
+{
+    const ToolBytes run = qvkitBytes(arguments);
+    return {run.status, QString::fromUtf8(run.out), run.err};
+}
+
+const QStringList commands = {u"summary"_s, u"help"_s, u"version"_s, u"plist"_s, u"defaults"_s, u"transform"_s};
 
 } // namespace
 
@@ -130,4 +145,94 @@ TEST(QVKitToolTest, DefaultsWriteReadDelete)
     EXPECT_TRUE(gone.err.contains(u"QVGreeting"_s));
 
     EXPECT_EQ(qvkit({u"defaults"_s, u"rename"_s, u"-key"_s, u"k"_s, u"-file"_s, store}).status, 2);
+}
+
+TEST(QVKitToolTest, TransformEachMode)
+{
+    // The tool runs in the test's en_US locale.
+    const struct
+    {
+        const char *mode;
+        QString input;
+        QString output;
+    } rows[] = {
+        {"upper", u"stra\u00dfe \u00e9t\u00e9 \U0001F600!"_s, u"STRASSE \u00c9T\u00c9 \U0001F600!"_s},
+        {"upper", u"\ufeffhi"_s, u"\ufeffHI"_s}, // a byte order mark is text like any other
+        {"upper", u""_s, u""_s},
+        {"lower", u"\u00c0B\nC"_s, u"\u00e0b\nc"_s},
+        {"capitalize", u"hello wORLD"_s, u"Hello World"_s},
+        {"quote", u"hi there"_s, u"\u201chi there\u201d"_s},
+        {"alternative-quote", u"hi"_s, u"\u2018hi\u2019"_s},
+        {"straighten", u"\u201ca\u201d \u2018b\u2019"_s, u"\"a\" 'b'"_s},
+        {"smarten", u"\"a\" 'b'"_s, u"\u201ca\u201d \u2018b\u2019"_s},
+    };
+    for (const auto &row : rows) {
+        const ToolBytes run = qvkitBytes({u"transform"_s, QString::fromLatin1(row.mode)}, row.input.toUtf8());
+        EXPECT_EQ(run.status, 0) << row.mode << run.err.toStdString();
+        EXPECT_EQ(run.out, row.output.toUtf8()) << row.mode;
+        EXPECT_TRUE(run.err.isEmpty()) << row.mode << run.err.toStdString();
+    }
+}
+
+TEST(QVKitToolTest, TransformLargeInputThroughStandardInputAndFile)
+{
+    const QString pieces[] = {u"Stra\u00dfe "_s, u"na\u00efve "_s, u"\u0149 "_s, u"word\n"_s, u"\U0001F1E9\U0001F1EA "_s,
+                              u"\u00e9clair, "_s};
+    QByteArray input;
+    // Upper-case mapping looks at no context, so the pieces' mappings make the whole one.
+    QByteArray expected;
+    for (size_t i = 0; input.size() < 5 * 1024 * 1024; ++i) {
+        const QString &piece = pieces[i % std::size(pieces)];
+        input += piece.toUtf8();
+        expected += QVString::uppercaseString(piece).toUtf8();
+    }
+    ASSERT_GT(expected.size(), input.size()) << "some letters grow";
+
+    const ToolBytes piped = qvkitBytes({u"transform"_s, u"upper"_s}, input);
+    EXPECT_EQ(piped.status, 0) << piped.err.toStdString();
+    EXPECT_TRUE(piped.out == expected) << "sizes " << piped.out.size() << " and " << expected.size();
+
+    QTemporaryDir dir;
+    QFile file(dir.filePath(u"large.txt"_s));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(input);
+    file.close();
+    const ToolBytes fromFile = qvkitBytes({u"transform"_s, u"upper"_s, u"-file"_s, file.fileName()});
+    EXPECT_EQ(fromFile.status, 0) << fromFile.err.toStdString();
+    EXPECT_TRUE(fromFile.out == expected);
+}
+
+TEST(QVKitToolTest, TransformRefusesBadInput)
+{
+    const struct
+    {
+        QByteArray input;
+        const char *offset;
+    } invalid[] = {
+        {"ab\xff", "2"}, {"ab\xc3", "2"}, {"\xc3\xa9\xed\xa0\x80", "3"}, {"x\xc0\xaf", "1"}, {"ok\xf4\x90\x80\x80", "3"},
+    };
+    for (const auto &row : invalid) {
+        const ToolBytes run = qvkitBytes({u"transform"_s, u"upper"_s}, row.input);
+        EXPECT_EQ(run.status, 1) << row.input.toHex().constData();
+        EXPECT_TRUE(run.out.isEmpty()) << "nothing half-written";
+        EXPECT_TRUE(run.err.startsWith(u"qvkit transform: the input is not valid UTF-8"_s)) << run.err.toStdString();
+        EXPECT_TRUE(run.err.contains(u"byte "_s + QString::fromLatin1(row.offset))) << run.err.toStdString();
+    }
+
+    QTemporaryDir dir;
+    const QString missingFile = dir.filePath(u"missing.txt"_s);
+    const ToolBytes missing = qvkitBytes({u"transform"_s, u"lower"_s, u"-file"_s, missingFile});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(missing.out.isEmpty());
+    EXPECT_TRUE(missing.err.contains(missingFile)) << missing.err.toStdString();
+
+    const ToolBytes noMode = qvkitBytes({u"transform"_s});
+    EXPECT_EQ(noMode.status, 2);
+    EXPECT_TRUE(noMode.err.contains(u"missing mode"_s)) << noMode.err.toStdString();
+
+    const ToolBytes unknownMode = qvkitBytes({u"transform"_s, u"shout"_s}, "abc");
+    EXPECT_EQ(unknownMode.status, 2);
+    EXPECT_TRUE(unknownMode.out.isEmpty());
+    EXPECT_TRUE(unknownMode.err.contains(u"unknown mode \"shout\""_s));
+    EXPECT_TRUE(unknownMode.err.contains(u"usage: qvkit transform upper|lower|"_s)) << unknownMode.err.toStdString();
 }

@@ -1,18 +1,89 @@
 #include "QVKitTool.h"
 
 #include <QVKit/Platform/QVBundle.h>
+#include <QVKit/Platform/QVHeadlessTextView.h>
 #include <QVKit/Platform/QVPropertyListSerialization.h>
 #include <QVKit/Platform/QVUserDefaults.h>
 #include <QVKit/QVKitVersion.h>
 
+#include <QtCore/QFile>
 #include <QtCore/QLocale>
+#include <QtCore/QStringDecoder>
 #include <QtCore/QSysInfo>
 #include <QtCore/QThread>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QStringView transformUsage =
+    u"transform upper|lower|capitalize|quote|alternative-quote|straighten|smarten [-file PATH]";
+
+// The transform modes and the text view command each one runs.
+struct TransformMode
+{
+    QStringView name;
+    void (QVTextView::*command)(QObject *sender);
+};
+
+constexpr TransformMode transformModes[] = {
+    {u"upper", &QVTextView::uppercase},
+    {u"lower", &QVTextView::lowercase},
+    {u"capitalize", &QVTextView::capitalize},
+    {u"quote", &QVTextView::insertLocalizedQuotes},
+    {u"alternative-quote", &QVTextView::insertLocalizedAlternativeQuotes},
+    {u"straighten", &QVTextView::straightenQuotes},
+    {u"smarten", &QVTextView::smartenQuotes},
+};
+
+/**
+ * The offset of the first byte that does not start or continue a well-formed
+ * UTF-8 sequence (no overlong forms, surrogates or code points past
+ * U+10FFFF), or -1. Only used to point at the fault once the decoder found
+ * one.
+ */
+qsizetype firstInvalidUtf8Offset(QByteArrayView bytes)
+{
+    const auto byte = [&](qsizetype i) { return i < bytes.size() ? uchar(bytes[i]) : 0; };
+    qsizetype i = 0;
+    while (i < bytes.size()) {
+        const uchar lead = byte(i);
+        qsizetype length = 0;
+        uchar low = 0x80;
+        uchar high = 0xBF;
+        if (lead < 0x80) {
+            ++i;
+            continue;
+        } else if (lead >= 0xC2 && lead <= 0xDF) {
+            length = 2;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            length = 3;
+            low = lead == 0xE0 ? 0xA0 : 0x80;
+            high = lead == 0xED ? 0x9F : 0xBF;
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            length = 4;
+            low = lead == 0xF0 ? 0x90 : 0x80;
+            high = lead == 0xF4 ? 0x8F : 0xBF;
+        } else {
+            return i;
+        }
+        for (qsizetype k = 1; k < length; ++k) {
+            const uchar next = byte(i + k);
+            if (next < (k == 1 ? low : 0x80) || next > (k == 1 ? high : 0xBF))
+                return i + k < bytes.size() ? i + k : i; // a cut-off sequence is at fault as a whole
+        }
+        i += length;
+    }
+    return -1;
+}
+
+} // namespace
 
 QVKitTool::QVKitTool()
     : m_out(stdout)
@@ -30,6 +101,9 @@ QVKitTool::QVKitTool()
         {u"defaults"_s, u"defaults read|write|delete [-key KEY] [-value TEXT] [-file PATH]"_s,
          u"Read, write or delete settings of the standard store (or of the store in PATH)."_s, {},
          [this](const QVCommandLine &commandLine) { return runDefaults(commandLine); }},
+        {u"transform"_s, transformUsage.toString(),
+         u"Transform UTF-8 text from standard input (or PATH) and print the result."_s, {},
+         [this](const QVCommandLine &commandLine) { return runTransform(commandLine); }},
     };
 }
 
@@ -170,6 +244,64 @@ int QVKitTool::runDefaults(const QVCommandLine &commandLine)
     }
     if (!store->synchronize())
         return fail(u"qvkit defaults: could not write %1"_s.arg(store->filePath()));
+    return 0;
+}
+
+int QVKitTool::runTransform(const QVCommandLine &commandLine)
+{
+    const QString modeName = commandLine.actions().value(1);
+    const QString usage = u"usage: qvkit "_s + transformUsage.toString();
+    if (modeName.isEmpty())
+        return fail(u"qvkit transform: missing mode\n"_s + usage, 2);
+    const auto mode = std::find_if(std::begin(transformModes), std::end(transformModes),
+                                   [&](const TransformMode &m) { return m.name == modeName; });
+    if (mode == std::end(transformModes))
+        return fail(u"qvkit transform: unknown mode \"%1\"\n"_s.arg(modeName) + usage, 2);
+
+    QByteArray input;
+    const QVCommandLineOptions options = commandLine.options().value_or(QVCommandLineOptions());
+    if (options.contains(u"file"_s)) {
+        const QString path = optionValue(commandLine, u"file"_s);
+        if (path.isEmpty())
+            return fail(u"qvkit transform: -file needs a path"_s, 2);
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            return fail(u"qvkit transform: cannot read %1: %2"_s.arg(path, file.errorString()));
+        input = file.readAll();
+        if (file.error() != QFileDevice::NoError)
+            return fail(u"qvkit transform: cannot read %1: %2"_s.arg(path, file.errorString()));
+    } else {
+        QFile standardInput;
+        if (!standardInput.open(STDIN_FILENO, QIODevice::ReadOnly))
+            return fail(u"qvkit transform: cannot read standard input: %1"_s.arg(standardInput.errorString()));
+        input = standardInput.readAll();
+        if (standardInput.error() != QFileDevice::NoError)
+            return fail(u"qvkit transform: cannot read standard input: %1"_s.arg(standardInput.errorString()));
+    }
+
+    // Strict decoding: an invalid or cut-off sequence is an error, never a
+    // replacement character, and a byte order mark stays part of the text.
+    QStringDecoder decoder(QStringDecoder::Utf8,
+                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+    const QString text = decoder.decode(input);
+    if (decoder.hasError()) {
+        const qsizetype offset = firstInvalidUtf8Offset(input);
+        QString message = u"qvkit transform: the input is not valid UTF-8"_s;
+        if (offset >= 0)
+            message += u" (at byte %1)"_s.arg(offset);
+        return fail(message);
+    }
+
+    QVHeadlessTextView view(QVAttributedString{text});
+    view.setSelectedRanges({QVRange{0, view.textStorage()->length()}});
+    (view.*(mode->command))(nullptr);
+
+    // One write of the whole result, past any buffering of m_out.
+    const QByteArray output = view.textStorage()->string().toUtf8();
+    QFile standardOutput;
+    if (!standardOutput.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered)
+        || standardOutput.write(output) != output.size())
+        return fail(u"qvkit transform: cannot write standard output: %1"_s.arg(standardOutput.errorString()));
     return 0;
 }
 

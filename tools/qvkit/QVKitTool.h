@@ -38,6 +38,12 @@ private:
     int printSummary();
     int showPropertyList(const QVCommandLine &commandLine);
     int runDefaults(const QVCommandLine &commandLine);
+    /**
+     * Decodes standard input (or -file) strictly as UTF-8, runs one text view
+     * command over all of it in a QVHeadlessTextView and writes the text to
+     * standard output; invalid input writes nothing there.
+     */
+    int runTransform(const QVCommandLine &commandLine);
 
     /** The first value of an option, or a null string when it has none. */
     static QString optionValue(const QVCommandLine &commandLine, const QString &name);
