@@ -2,6 +2,7 @@
 
 #include "QVKit/Platform/QVBundle.h"
 #include "QVKit/Platform/QVFormat.h"
+#include "QVKit/Text/QVStringAdditions.h"
 
 #include <QtCore/QFileInfo>
 
@@ -93,23 +94,6 @@ QString lookup(const QVLocalizedTextEntry &entry)
 // Pairs each opening marker with the next closing marker after it, both
 // included, matching case-insensitively; an opening marker without a closing
 // one ends the search.
-QList<std::pair<qsizetype, qsizetype>> markedRanges(const QString &text, QStringView opening, QStringView closing)
-{
-    QList<std::pair<qsizetype, qsizetype>> ranges;
-    qsizetype from = 0;
-    while (true) {
-        const qsizetype start = text.indexOf(opening, from, Qt::CaseInsensitive);
-        if (start < 0)
-            break;
-        const qsizetype end = text.indexOf(closing, start + opening.size(), Qt::CaseInsensitive);
-        if (end < 0)
-            break;
-        ranges.append({start, end + closing.size() - start});
-        from = end + closing.size();
-    }
-    return ranges;
-}
-
 void replaceIfPresent(QString &text, QStringView tag, const QString &value)
 {
     if (!value.isNull())
@@ -289,8 +273,10 @@ QString QVLocalizedString::replaceTags(const QString &string,
     // they stand now; unpaired markers are simply dropped. The guard looks for
     // closing markers too, so that a stray "</QUOTE>" is removed as well.
     if (text.contains(u"<QUOTE", Qt::CaseInsensitive) || text.contains(u"</QUOTE", Qt::CaseInsensitive)) {
-        for (const auto &[start, length] : markedRanges(string, u"<QUOTE>", u"</QUOTE>")) {
-            const QString marked = string.mid(start, length);
+        const QVOptionalRangeList spans = QVString::rangesBetweenString(
+            string, u"<QUOTE>"_s, u"</QUOTE>"_s, true, 0, QVCaseInsensitiveSearch);
+        for (const QVRange range : spans.value_or(QVRangeList())) {
+            const QString marked = string.mid(qsizetype(range.location), qsizetype(range.length));
             const QString quoted = quotedString(marked);
             if (!quoted.isNull())
                 text.replace(marked, quoted, Qt::CaseSensitive);

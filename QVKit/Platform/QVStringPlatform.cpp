@@ -843,7 +843,7 @@ QString turkicUpper(const QString &text)
         if (c == u'i')
             c = QChar(0x130);
     }
-    return mapped.toUpper();
+    return QLocale::c().toUpper(mapped);
 }
 
 QString turkicLower(const QString &text)
@@ -865,7 +865,7 @@ QString turkicLower(const QString &text)
             mapped.append(c);
         }
     }
-    return mapped.toLower();
+    return QLocale::c().toLower(mapped);
 }
 
 QString titleCased(char32_t c, const std::optional<QLocale> &locale)
@@ -890,14 +890,17 @@ QString uppercaseString(const QString &text, const std::optional<QLocale> &local
 {
     if (isTurkic(locale))
         return turkicUpper(text);
-    return locale ? locale->toUpper(text) : text.toUpper();
+    // The C locale maps through ICU in one linear pass with the root rules;
+    // QString::toUpper rebuilds the string at every letter that grows (ß, ﬀ),
+    // which turns long texts quadratic.
+    return locale ? locale->toUpper(text) : QLocale::c().toUpper(text);
 }
 
 QString lowercaseString(const QString &text, const std::optional<QLocale> &locale)
 {
     if (isTurkic(locale))
         return turkicLower(text);
-    return locale ? locale->toLower(text) : text.toLower();
+    return locale ? locale->toLower(text) : QLocale::c().toLower(text);
 }
 
 // Words are those of the word enumeration; the text between them is kept as it is.

@@ -124,7 +124,11 @@ QVKIT_EXPORT QVRange lineRangeForRange(const QString &text, QVRange range);
 /** The range of the whole paragraphs that the range touches, separators included. */
 QVKIT_EXPORT QVRange paragraphRangeForRange(const QString &text, QVRange range);
 
-/** Full case mapping (ß upper-cases to SS), in the locale when one is given, else locale-independent. */
+/**
+ * Full case mapping (ß upper-cases to SS), in the locale when one is given,
+ * else by the locale-independent rules (which include the final form of a
+ * word-final capital sigma when lower-casing).
+ */
 QVKIT_EXPORT QString uppercaseString(const QString &text, const std::optional<QLocale> &locale = std::nullopt);
 QVKIT_EXPORT QString lowercaseString(const QString &text, const std::optional<QLocale> &locale = std::nullopt);
 /** Each word's first character in title case, the rest lower case. */
