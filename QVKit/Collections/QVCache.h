@@ -247,9 +247,9 @@ public:
         if (item) {
             // Out and back in, so that the record's position follows its new values.
             if (m_lastAccessTimeArray)
-                m_lastAccessTimeArray->removeObject(item);
+                m_lastAccessTimeArray->removeContainedObject(item);
             if (m_accessCountArray)
-                m_accessCountArray->removeObject(item);
+                m_accessCountArray->removeContainedObject(item);
             item->accessForTime(0.0);
             if (m_lastAccessTimeArray)
                 m_lastAccessTimeArray->addObject(item);
@@ -397,11 +397,11 @@ private:
     {
         if (removeFromOrders) {
             if (m_lastAccessTimeArray)
-                m_lastAccessTimeArray->removeObject(item);
+                m_lastAccessTimeArray->removeContainedObject(item);
             if (m_accessCountArray)
-                m_accessCountArray->removeObject(item);
+                m_accessCountArray->removeContainedObject(item);
             if (m_creationTimeArray)
-                m_creationTimeArray->removeObject(item);
+                m_creationTimeArray->removeContainedObject(item);
         }
         m_objectPool.prepareForReuse(item);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QVKit/Collections/QVBlockList.h>
 #include <QVKit/Platform/QVAssert.h>
 #include <QVKit/Platform/QVFormat.h>
 #include <QVKit/Platform/QVRange.h>
@@ -141,8 +142,12 @@ QString describe(const T &value)
  * answer not-found and addObject() adds nothing.
  *
  * Index and range arguments outside the array stop at an assertion. Iteration
- * (range-for) runs over the backing QList; elements are read-only, since
+ * (range-for) runs over the elements in order; they are read-only, since
  * editing one in place could break the order.
+ *
+ * The elements live in a QVBlockList, so an insertion or removal anywhere
+ * moves at most one block of elements. Adding checks both ends before it
+ * searches, because orders by time mostly grow at one end.
  */
 template <typename T, typename Compare = std::function<int(const T &, const T &)>>
 class QVSortedArray
@@ -150,7 +155,7 @@ class QVSortedArray
 public:
     using value_type = T;
     using comparator_type = Compare;
-    using const_iterator = typename QList<T>::const_iterator;
+    using const_iterator = typename QVBlockList<T>::const_iterator;
     using iterator = const_iterator;
 
     /** Sorting runs on several threads from this element count on. */
@@ -165,12 +170,11 @@ public:
 
     explicit QVSortedArray(Compare comparator) : QVSortedArray(0, std::move(comparator)) {}
 
-    /** The capacity is only a reservation hint (bounded, so that a huge hint costs nothing). */
+    /** The capacity is only a reservation hint (at most one block is reserved). */
     QVSortedArray(quint64 capacity, Compare comparator) : m_comparator(std::move(comparator))
     {
         QV_ASSERT_TEXT(!QVSortedArrayDetail::isMissing(m_comparator), "comparator");
-        if (capacity > 0)
-            m_store.reserve(qsizetype(std::min<quint64>(capacity, maximumReservation)));
+        m_store.reserve(qsizetype(std::min<quint64>(capacity, QVBlockList<T>::maximumBlockLength)));
         m_didInitQVSortedArray = true;
     }
 
@@ -184,15 +188,16 @@ public:
         return QVSortedArray(capacity, std::move(comparator));
     }
 
-    /** A copy of the elements in order (implicitly shared, so cheap until one side changes). */
-    QList<T> array() const { return m_store; }
+    /** A copy of the elements in order. */
+    QList<T> array() const { return m_store.toList(); }
 
     /** Replaces all elements, then sorts them stably. */
     void setArray(const QList<T> &array)
     {
         assertNoNilElements(array);
-        m_store = array;
-        sort();
+        std::vector<T> elements(array.cbegin(), array.cend());
+        sortElements(elements);
+        m_store.assign(std::move(elements));
     }
 
     const Compare &comparator() const { return m_comparator; }
@@ -218,9 +223,14 @@ public:
     void addObject(const T &object)
     {
         QV_ASSERT_TEXT(!QVSortedArrayDetail::isNil(object), "object");
-        const quint64 index = indexOfObjectForInsertion(object);
-        if (index != QVNotFound)
-            m_store.insert(qsizetype(index), object);
+        if (QVSortedArrayDetail::isMissing(m_comparator))
+            return;
+        if (m_store.isEmpty() || m_comparator(m_store.last(), object) <= 0)
+            m_store.insert(m_store.endPosition(), object);
+        else if (m_comparator(m_store.first(), object) > 0)
+            m_store.insert(Position{}, object);
+        else
+            m_store.insert(upperBoundPosition(object), object);
     }
 
     /**
@@ -233,8 +243,10 @@ public:
         assertNoNilElements(array);
         const quint64 added = quint64(array.size());
         if (added > (count() >> 3)) {
-            m_store.append(array);
-            sort();
+            std::vector<T> elements = m_store.takeAll();
+            elements.insert(elements.end(), array.cbegin(), array.cend());
+            sortElements(elements);
+            m_store.assign(std::move(elements));
         } else {
             for (const T &object : array)
                 addObject(object);
@@ -244,7 +256,7 @@ public:
     void removeObjectAtIndex(quint64 index)
     {
         assertIndex(index);
-        m_store.removeAt(qsizetype(index));
+        m_store.remove(qsizetype(index), 1);
     }
 
     void removeObjectsInRange(QVRange range)
@@ -258,9 +270,40 @@ public:
     /** Removes the whole run of elements that compare equal to the object; nothing when absent or nil. */
     void removeObject(const T &object)
     {
-        const QVRange range = indexRangeOfObject(object);
-        if (range.location != QVNotFound)
-            m_store.remove(qsizetype(range.location), qsizetype(range.length));
+        if (!isSearchable(object))
+            return;
+        const Position first = lowerBoundPosition(object);
+        m_store.remove(first, equalRunLength(first, object));
+    }
+
+    /**
+     * removeObject() for an element known to be in the array, such as a
+     * record leaving its own order. For pointers the element is looked up by
+     * address in the block that the block search points to, a short scan
+     * that replaces the bisection; when an equal element lies before it, or
+     * the address is elsewhere, this is removeObject().
+     */
+    void removeContainedObject(const T &object)
+    {
+        if constexpr (std::is_pointer_v<T>) {
+            if (isSearchable(object) && !m_store.isEmpty()) {
+                const qsizetype block =
+                    firstBlockWhoseLastElement([&](const T &last) { return m_comparator(last, object) >= 0; });
+                const auto &elements = m_store.block(block);
+                const auto found = std::find(elements.cbegin(), elements.cend(), object);
+                if (found != elements.cend()) {
+                    const qsizetype offset = qsizetype(found - elements.cbegin());
+                    const T &before = offset > 0 ? elements[size_t(offset - 1)]
+                                                 : (block > 0 ? m_store.block(block - 1).back() : object);
+                    if (&before == &object || m_comparator(before, object) != 0) {
+                        const Position first{block, offset};
+                        m_store.remove(first, equalRunLength(first, object));
+                        return;
+                    }
+                }
+            }
+        }
+        removeObject(object);
     }
 
     void removeObjectsInArray(const QList<T> &array)
@@ -323,13 +366,13 @@ public:
     void removeFirstObject()
     {
         if (!m_store.isEmpty())
-            m_store.removeFirst();
+            m_store.remove(0, 1);
     }
 
     void removeLastObject()
     {
         if (!m_store.isEmpty())
-            m_store.removeLast();
+            m_store.remove(m_store.size() - 1, 1);
     }
 
     void removeFirstObjects(quint64 n) { removeObjectsInRange(rangeForFirstObjects(n)); }
@@ -390,24 +433,29 @@ public:
     {
         quint64 first = QVNotFound;
         quint64 last = QVNotFound;
-        const bool searchable =
-            !QVSortedArrayDetail::isNil(object) && !QVSortedArrayDetail::isMissing(m_comparator);
-        const T *data = m_store.constData();
-        const quint64 end = count();
+        const bool searchable = isSearchable(object);
+        qsizetype runLength = -1; // not measured
         if (firstIndex && searchable) {
-            const quint64 lower = lowerBound(data, object, 0, end);
-            if (useInsertionIndex)
-                first = lower;
-            else if (lower < end && m_comparator(data[lower], object) == 0)
-                first = lower;
+            const Position lower = lowerBoundPosition(object);
+            const quint64 index = quint64(m_store.indexOfPosition(lower));
+            if (useInsertionIndex) {
+                first = index;
+            } else {
+                runLength = equalRunLength(lower, object);
+                if (runLength > 0)
+                    first = index;
+            }
         }
         if (lastIndex && searchable) {
-            const quint64 start = (firstIndex && first != QVNotFound) ? first : 0;
-            const quint64 upper = upperBound(data, object, start, end);
-            if (useInsertionIndex)
-                last = upper;
-            else if (upper > start && m_comparator(data[upper - 1], object) == 0)
-                last = upper - 1;
+            if (runLength > 0) {
+                last = first + quint64(runLength) - 1;
+            } else if (runLength < 0) {
+                const quint64 upper = quint64(m_store.indexOfPosition(upperBoundPosition(object)));
+                if (useInsertionIndex)
+                    last = upper;
+                else if (upper > 0 && m_comparator(m_store.at(qsizetype(upper - 1)), object) == 0)
+                    last = upper - 1;
+            }
         }
         if (firstIndex)
             *firstIndex = first;
@@ -424,14 +472,9 @@ public:
     {
         if (QVSortedArrayDetail::isMissing(m_comparator) || m_store.size() < 2)
             return;
-        // One detach here, before any thread touches the elements.
-        T *data = m_store.data();
-        const Compare &comparator = m_comparator;
-        const auto less = [&comparator](const T &a, const T &b) { return comparator(a, b) < 0; };
-        if (count() >= concurrentSortThreshold)
-            concurrentStableSort(data, data + m_store.size(), less);
-        else
-            std::stable_sort(data, data + m_store.size(), less);
+        std::vector<T> elements = m_store.takeAll();
+        sortElements(elements);
+        m_store.assign(std::move(elements));
     }
 
     /** The elements as a list description: "(a, b, c)". */
@@ -444,21 +487,30 @@ public:
         return QLatin1Char('(') + parts.join(QLatin1String(", ")) + QLatin1Char(')');
     }
 
-    const_iterator begin() const { return m_store.cbegin(); }
-    const_iterator end() const { return m_store.cend(); }
-    const_iterator cbegin() const { return m_store.cbegin(); }
-    const_iterator cend() const { return m_store.cend(); }
+    const_iterator begin() const { return m_store.begin(); }
+    const_iterator end() const { return m_store.end(); }
+    const_iterator cbegin() const { return m_store.begin(); }
+    const_iterator cend() const { return m_store.end(); }
 
 private:
-    static constexpr quint64 maximumReservation = 1 << 16;
+    using Position = typename QVBlockList<T>::Position;
 
-    // First index in [from, to) whose element is not ascending against the object.
-    quint64 lowerBound(const T *data, const T &object, quint64 from, quint64 to) const
+    bool isSearchable(const T &object) const
     {
-        quint64 length = to - from;
+        return !QVSortedArrayDetail::isNil(object) && !QVSortedArrayDetail::isMissing(m_comparator);
+    }
+
+    // The first block whose last element satisfies the predicate, which is
+    // false up to some block and true from there on. The last block is never
+    // tested: a search within it also finds the end position.
+    template <typename Predicate>
+    qsizetype firstBlockWhoseLastElement(const Predicate &predicate) const
+    {
+        qsizetype from = 0;
+        qsizetype length = std::max<qsizetype>(m_store.blockCount() - 1, 0);
         while (length > 0) {
-            const quint64 half = length / 2;
-            if (m_comparator(data[from + half], object) < 0) {
+            const qsizetype half = length / 2;
+            if (!predicate(m_store.block(from + half).back())) {
                 from += half + 1;
                 length -= half + 1;
             } else {
@@ -468,20 +520,100 @@ private:
         return from;
     }
 
-    // First index in [from, to) whose element is descending against the object.
+    // Where the first element that is not ascending against the object is.
+    Position lowerBoundPosition(const T &object) const
+    {
+        if (m_store.isEmpty())
+            return {};
+        const qsizetype block =
+            firstBlockWhoseLastElement([&](const T &last) { return m_comparator(last, object) >= 0; });
+        const auto &elements = m_store.block(block);
+        return {block, qsizetype(lowerBound(elements.data(), object, 0, elements.size()))};
+    }
+
+    // Where the first element that is descending against the object is.
+    Position upperBoundPosition(const T &object) const
+    {
+        if (m_store.isEmpty())
+            return {};
+        const qsizetype block =
+            firstBlockWhoseLastElement([&](const T &last) { return m_comparator(last, object) > 0; });
+        const auto &elements = m_store.block(block);
+        return {block, qsizetype(upperBound(elements.data(), object, 0, elements.size()))};
+    }
+
+    // How many elements from the position on compare equal to the object.
+    // Runs are usually short, so each block is probed at growing distances
+    // (gallop) before the last stretch is bisected.
+    qsizetype equalRunLength(Position from, const T &object) const
+    {
+        qsizetype length = 0;
+        for (qsizetype block = from.block, offset = from.offset; block < m_store.blockCount(); ++block, offset = 0) {
+            const auto &elements = m_store.block(block);
+            const qsizetype size = qsizetype(elements.size());
+            qsizetype equalEnd = offset; // [offset, equalEnd) compare equal
+            qsizetype probe = offset;
+            qsizetype step = 1;
+            while (probe < size && m_comparator(elements[size_t(probe)], object) == 0) {
+                equalEnd = probe + 1;
+                probe += step;
+                step *= 2;
+            }
+            const qsizetype bound = std::min(probe, size);
+            const qsizetype runEnd = qsizetype(upperBound(elements.data(), object, quint64(equalEnd), quint64(bound)));
+            length += runEnd - offset;
+            if (runEnd < size || probe < size)
+                break;
+        }
+        return length;
+    }
+
+    void sortElements(std::vector<T> &elements) const
+    {
+        if (QVSortedArrayDetail::isMissing(m_comparator) || elements.size() < 2)
+            return;
+        const Compare &comparator = m_comparator;
+        const auto less = [&comparator](const T &a, const T &b) { return comparator(a, b) < 0; };
+        T *data = elements.data();
+        if (quint64(elements.size()) >= concurrentSortThreshold)
+            concurrentStableSort(data, data + elements.size(), less);
+        else
+            std::stable_sort(data, data + elements.size(), less);
+    }
+
+    // First index in [from, to) whose element is not ascending against the
+    // object (lower bound) or is descending against it (upper bound, which
+    // passes the equal ones too). The bisection halves without a branch on
+    // the comparison, so the processor has nothing to mispredict; it narrows
+    // [base, base + length] to one candidate and settles it with a last
+    // comparison.
+    template <bool passEqual>
+    quint64 bisect(const T *data, const T &object, quint64 from, quint64 to) const
+    {
+        const auto goesBefore = [&](const T &element) {
+            const int order = m_comparator(element, object);
+            return passEqual ? order <= 0 : order < 0;
+        };
+        if (from >= to)
+            return from;
+        const T *base = data + from;
+        quint64 length = to - from;
+        while (length > 1) {
+            const quint64 half = length / 2;
+            base = goesBefore(base[half]) ? base + half : base;
+            length -= half;
+        }
+        return quint64(base - data) + (goesBefore(*base) ? 1 : 0);
+    }
+
+    quint64 lowerBound(const T *data, const T &object, quint64 from, quint64 to) const
+    {
+        return bisect<false>(data, object, from, to);
+    }
+
     quint64 upperBound(const T *data, const T &object, quint64 from, quint64 to) const
     {
-        quint64 length = to - from;
-        while (length > 0) {
-            const quint64 half = length / 2;
-            if (m_comparator(data[from + half], object) <= 0) {
-                from += half + 1;
-                length -= half + 1;
-            } else {
-                length = half;
-            }
-        }
-        return from;
+        return bisect<true>(data, object, from, to);
     }
 
     template <typename Less>
@@ -550,5 +682,5 @@ private:
 
     Compare m_comparator{};
     bool m_didInitQVSortedArray = false;
-    QList<T> m_store;
+    QVBlockList<T> m_store;
 };
