@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QVKit/Platform/QVAssert.h>
-
 #include <QtCore/QList>
 #include <QtCore/QtGlobal>
 
