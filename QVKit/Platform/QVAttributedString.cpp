@@ -408,7 +408,10 @@ void QVAttributedString::enumerateAttributes(QVRange range, QVAttributedStringEn
                                              const AttributesBlock &block) const
 {
     const QSharedDataPointer<QVAttributedStringData> data = d;
-    const auto [start, end] = clippedBounds(range, data->length());
+    // Named variables, not a structured binding: the lambda below captures them.
+    const auto bounds = clippedBounds(range, data->length());
+    const quint64 start = bounds.first;
+    const quint64 end = bounds.second;
     if (start == end || !block)
         return;
     const size_t first = data->stretchIndexAt(start);
