@@ -99,6 +99,27 @@ bool xmlCanCarry(QStringView text)
         || unwritableCharacter(text).isNull();
 }
 
+// The byte offset of the first NUL character, or -1. No XML text may hold
+// one; in UTF-16 text a NUL is a zero code unit, while its zero bytes beside
+// ASCII letters are part of the encoding.
+qsizetype nulOffset(QByteArrayView data)
+{
+    const auto at = [&](qsizetype i) { return uchar(data[i]); };
+    // UTF-16 shows as a byte order mark, or as a document's first character
+    // ('<' or white space) beside a zero byte.
+    const auto opensDocument = [](uchar c) { return c == '<' || isXmlSpace(c); };
+    const bool utf16 = data.size() >= 2
+                       && ((at(0) == 0xFF && at(1) == 0xFE) || (at(0) == 0xFE && at(1) == 0xFF)
+                           || (at(0) == 0 && opensDocument(at(1))) || (opensDocument(at(0)) && at(1) == 0));
+    if (!utf16)
+        return data.indexOf('\0');
+    for (qsizetype i = 0; i + 1 < data.size(); i += 2) {
+        if (at(i) == 0 && at(i + 1) == 0)
+            return i;
+    }
+    return -1;
+}
+
 // ---------------------------------------------------------------------------
 // Reading
 
@@ -174,6 +195,15 @@ bool Reader::nextSignificant()
             break;
         case QXmlStreamReader::EntityReference:
             return fail(u"undefined entity &%1;"_s.arg(m_xml.name()));
+        case QXmlStreamReader::DTD:
+            // Declared entities would be expanded, internal ones into whatever
+            // they hold (nested, a billion laughs) and external ones into files
+            // or nothing. A property list needs only the predefined entities
+            // and character references, so a declaration is refused outright.
+            if (!m_xml.entityDeclarations().isEmpty() || m_xml.text().contains(u"<!ENTITY"))
+                return fail(u"entity declarations are not allowed (only &lt; &gt; &amp; &apos; &quot; and "
+                            u"character references)"_s);
+            break;
         case QXmlStreamReader::Invalid:
             return failFromXml();
         default:
@@ -354,6 +384,15 @@ bool Reader::readText(QString &text, QStringView element)
             return fail(u"element <%1> inside <%2>"_s.arg(m_xml.qualifiedName(), element));
         case QXmlStreamReader::EntityReference:
             return fail(u"undefined entity &%1;"_s.arg(m_xml.name()));
+        case QXmlStreamReader::DTD:
+            // Declared entities would be expanded, internal ones into whatever
+            // they hold (nested, a billion laughs) and external ones into files
+            // or nothing. A property list needs only the predefined entities
+            // and character references, so a declaration is refused outright.
+            if (!m_xml.entityDeclarations().isEmpty() || m_xml.text().contains(u"<!ENTITY"))
+                return fail(u"entity declarations are not allowed (only &lt; &gt; &amp; &apos; &quot; and "
+                            u"character references)"_s);
+            break;
         case QXmlStreamReader::Invalid:
             return failFromXml();
         default:
@@ -776,6 +815,11 @@ QVariant QVPropertyListSerialization::propertyListWithData(const QByteArray &dat
     if (data.startsWith("bplist")) {
         report(error, makeError(QVPropertyListReadCorruptError,
                                 u"Property list is in the binary format, which cannot be read"_s));
+        return {};
+    }
+    if (const qsizetype offset = nulOffset(data); offset >= 0) {
+        report(error, makeError(QVPropertyListReadCorruptError,
+                                u"Property list is malformed: NUL byte at offset %1"_s.arg(offset)));
         return {};
     }
     Reader reader(data);

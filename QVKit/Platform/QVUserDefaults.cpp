@@ -8,121 +8,99 @@
 #include "QVKit/Platform/QVPropertyListSerialization.h"
 
 #include <QtCore/QDateTime>
+#include <QtCore/QDeadlineTimer>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileDevice>
 #include <QtCore/QFileInfo>
-#include <QtCore/QSettings>
+#include <QtCore/QLockFile>
+#include <QtCore/QMap>
+#include <QtCore/QRandomGenerator>
+#include <QtCore/QSaveFile>
 #include <QtCore/QStandardPaths>
 
 #include <cmath>
 #include <limits>
+#include <optional>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-// QSettings reads '/' and '\' in a key as group separators and normalizes them
-// away ("/a" becomes "a", "a\b" becomes "a/b"). The store hands QSettings only
-// escaped keys, and the file format functions translate back, so every key
-// reaches the file exactly as the caller wrote it.
-QString escapedKey(const QString &key)
+// The outcome of reading the store's file.
+struct FileContents
 {
-    QString result;
-    result.reserve(key.size());
-    for (QChar c : key) {
-        if (c == u'%')
-            result += u"%25"_s;
-        else if (c == u'/')
-            result += u"%2F"_s;
-        else if (c == u'\\')
-            result += u"%5C"_s;
-        else
-            result += c;
-    }
-    return result;
-}
-
-QString unescapedKey(const QString &key)
-{
-    if (!key.contains(u'%'))
-        return key;
-    QString result;
-    result.reserve(key.size());
-    for (qsizetype i = 0; i < key.size(); ++i) {
-        const QStringView code = QStringView(key).mid(i, 3);
-        if (code == u"%25")
-            result += u'%';
-        else if (code == u"%2F")
-            result += u'/';
-        else if (code == u"%5C")
-            result += u'\\';
-        else {
-            result += key.at(i);
-            continue;
-        }
-        i += 2;
-    }
-    return result;
-}
-
-// A preferences file holds exactly one dictionary at its top level.
-bool parseDictionary(const QByteArray &data, QVariantMap *dictionary)
-{
-    const QVariant plist = QVPropertyListSerialization::propertyListWithData(data);
-    if (plist.typeId() != QMetaType::QVariantMap)
-        return false;
-    if (dictionary)
-        *dictionary = plist.toMap();
-    return true;
-}
-
-bool readPropertyListSettings(QIODevice &device, QSettings::SettingsMap &map)
-{
+    QVUserDefaults::Status status = QVUserDefaults::Status::NoError;
     QVariantMap dictionary;
-    if (!parseDictionary(device.readAll(), &dictionary)) {
-        const auto *file = qobject_cast<QFileDevice *>(&device);
-        qCDebug(lcQVSettings) << "not a property-list dictionary:" << (file ? file->fileName() : QString());
-        return false;
-    }
-    for (auto it = dictionary.cbegin(); it != dictionary.cend(); ++it)
-        map.insert(escapedKey(it.key()), it.value());
-    return true;
-}
+    // Why the file does not read, for errorString(); empty when it does.
+    QString problem;
+};
 
-bool writePropertyListSettings(QIODevice &device, const QSettings::SettingsMap &map)
+// A missing file and an empty one are an empty store; anything else must be
+// a property list whose top level is a dictionary.
+FileContents readStoreFile(const QString &path)
 {
-    // QSettings replaces the file even when its last read failed, which would
-    // throw away a file the user may still repair. The check runs here, under
-    // QSettings' lock file, so no other writer can slip in between.
-    if (const auto *file = qobject_cast<QFileDevice *>(&device)) {
-        QFile existing(file->fileName());
-        if (existing.exists() && existing.size() > 0) {
-            if (!existing.open(QIODevice::ReadOnly) || !parseDictionary(existing.readAll(), nullptr)) {
-                qCDebug(lcQVSettings) << "refusing to replace an unreadable file:" << file->fileName();
-                return false;
-            }
-        }
+    FileContents result;
+    QFile file(path);
+    if (!file.exists())
+        return result;
+    if (!file.open(QIODevice::ReadOnly)) {
+        result.status = QVUserDefaults::Status::AccessError;
+        result.problem = u"cannot read: %1"_s.arg(file.errorString());
+        return result;
     }
-
-    QVariantMap dictionary;
-    for (auto it = map.cbegin(); it != map.cend(); ++it)
-        dictionary.insert(unescapedKey(it.key()), it.value());
+    const QByteArray data = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        result.status = QVUserDefaults::Status::AccessError;
+        result.problem = u"cannot read: %1"_s.arg(file.errorString());
+        return result;
+    }
+    if (data.isEmpty())
+        return result;
     QVError error;
-    const QByteArray data = QVPropertyListSerialization::dataWithPropertyList(dictionary, &error);
-    if (data.isNull()) {
-        qCWarning(lcQVSettings) << "cannot write settings:" << error.localizedDescription();
-        return false;
+    const QVariant plist = QVPropertyListSerialization::propertyListWithData(data, &error);
+    if (!plist.isValid()) {
+        result.status = QVUserDefaults::Status::FormatError;
+        result.problem = error.localizedDescription();
+    } else if (plist.typeId() != QMetaType::QVariantMap) {
+        result.status = QVUserDefaults::Status::FormatError;
+        result.problem = u"not a property-list dictionary (its top level is %1)"_s.arg(
+            QString::fromLatin1(plist.metaType().name()));
+    } else {
+        result.dictionary = plist.toMap();
     }
-    return device.write(data) == data.size();
+    return result;
 }
 
-QSettings::Format propertyListFormat()
+// QLockFile::tryLock sleeps 100 ms, then twice as long each time, between
+// attempts; writers of a settings file hold its lock for a millisecond or two,
+// so short, jittered waits let a crowd of them through without stalling.
+bool acquire(QLockFile &lock, std::chrono::milliseconds timeout)
 {
-    static const QSettings::Format format =
-        QSettings::registerFormat(u"plist"_s, readPropertyListSettings, writePropertyListSettings);
-    QV_ASSERT(format != QSettings::InvalidFormat);
-    return format;
+    const QDeadlineTimer deadline(timeout);
+    std::chrono::microseconds pause(500);
+    for (;;) {
+        if (lock.tryLock(0))
+            return true;
+        if (lock.error() != QLockFile::LockFailedError || deadline.hasExpired())
+            return false;
+        const auto jitter = std::chrono::microseconds(QRandomGenerator::global()->bounded(qint64(pause.count())));
+        std::this_thread::sleep_for(std::min<std::chrono::microseconds>(
+            pause + jitter, std::chrono::duration_cast<std::chrono::microseconds>(deadline.remainingTimeAsDuration())));
+        pause = std::min<std::chrono::microseconds>(pause * 2, std::chrono::milliseconds(20));
+    }
+}
+
+// Where a damaged file is kept: "NAME.corrupt-YYYYMMDD-HHMMSS" beside it,
+// with "-1", "-2", ... when that name is taken.
+QString asidePath(const QString &path)
+{
+    const QString stem = path + u".corrupt-"_s + QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss"_s);
+    QString candidate = stem;
+    for (int n = 1; QFileInfo::exists(candidate); ++n)
+        candidate = stem + u'-' + QString::number(n);
+    return candidate;
 }
 
 enum class Kind { None, String, Integer, Real, Boolean, Date, Data, Array, Dictionary, Other };
@@ -268,56 +246,129 @@ StandardState &standardState()
 struct QVUserDefaults::Private
 {
     QString filePath;
-    std::unique_ptr<QSettings> settings;
+    // What the file held when last read or written.
+    QVariantMap stored;
+    // Changes not yet in the file: a value, or nothing for a removal. They
+    // are applied on top of whatever the file holds when they are written.
+    QMap<QString, std::optional<QVariant>> pending;
     QVariantMap registered;
-    // One log line per spell of an unreadable file, not one per attempt.
-    bool reportedUnreadable = false;
+    Status status = Status::NoError;
+    QString errorString;
+    QString recoveredFilePath;
+    std::chrono::milliseconds lockTimeout = std::chrono::seconds(10);
     bool writeScheduled = false;
 
-    void openSettings()
+    void setOutcome(Status newStatus, const QString &subject = {}, const QString &problem = {})
     {
-        // The new object shares QSettings' per-file cache with the old one,
-        // so changes not yet written survive the swap.
-        settings = std::make_unique<QSettings>(filePath, propertyListFormat());
+        status = newStatus;
+        errorString = newStatus == Status::NoError ? QString() : subject + u": "_s + problem;
     }
 
-    // QSettings remembers its first error forever; a fresh object lets each
-    // attempt report its own outcome.
-    bool syncSettings()
+    // Re-reads the file; on failure the values in memory stay.
+    bool read()
     {
-        if (settings->status() != QSettings::NoError)
-            openSettings();
-        settings->sync();
-        return settings->status() == QSettings::NoError;
-    }
-
-    bool fileIsUnreadable() const
-    {
-        QFile file(filePath);
-        if (!file.exists() || file.size() == 0)
+        FileContents contents = readStoreFile(filePath);
+        setOutcome(contents.status, filePath, contents.problem);
+        if (contents.status != Status::NoError) {
+            qCWarning(lcQVSettings) << errorString;
             return false;
-        return !file.open(QIODevice::ReadOnly) || !parseDictionary(file.readAll(), nullptr);
+        }
+        stored = std::move(contents.dictionary);
+        return true;
     }
 
-    void reportOutcome(bool ok)
+    // The set values as a read answers them: the file's, with pending changes on top.
+    QVariantMap persistent() const
     {
-        if (ok) {
-            reportedUnreadable = false;
-            return;
+        QVariantMap result = stored;
+        for (auto it = pending.cbegin(); it != pending.cend(); ++it) {
+            if (it.value())
+                result.insert(it.key(), *it.value());
+            else
+                result.remove(it.key());
         }
-        if (fileIsUnreadable()) {
-            if (!reportedUnreadable) {
-                QVLog("QVUserDefaults: %@ is not a readable property list; leaving it untouched and "
-                      "keeping changes in memory. Fix or remove the file.",
-                      filePath);
-                reportedUnreadable = true;
-            }
-        } else {
-            qCWarning(lcQVSettings) << "could not read or write" << filePath << "status"
-                                    << settings->status();
-        }
+        return result;
     }
+
+    std::optional<QVariant> persistentValue(const QString &key) const
+    {
+        const auto change = pending.constFind(key);
+        if (change != pending.cend())
+            return change.value();
+        const auto value = stored.constFind(key);
+        return value != stored.cend() ? std::optional<QVariant>(value.value()) : std::nullopt;
+    }
+
+    // Read, merge and replace under the lock file, so that no other process
+    // (or store object) can write between our read and our replace: every
+    // write that reports success is in the file.
+    bool write();
 };
+
+bool QVUserDefaults::Private::write()
+{
+    recoveredFilePath.clear();
+    const QFileInfo info(filePath);
+    if (!QDir().mkpath(info.absolutePath())) {
+        setOutcome(Status::AccessError, filePath, u"cannot create the folder %1"_s.arg(info.absolutePath()));
+        return false;
+    }
+    QLockFile lock(filePath + u".lock"_s);
+    if (!acquire(lock, lockTimeout)) {
+        const QString lockPath = filePath + u".lock"_s;
+        if (lock.error() == QLockFile::LockFailedError) {
+            setOutcome(Status::LockError, lockPath,
+                       u"the settings file is locked by another process (waited %1 s)"_s.arg(
+                           double(lockTimeout.count()) / 1000.0));
+        } else {
+            setOutcome(Status::AccessError, lockPath, u"cannot create the lock file"_s);
+        }
+        return false;
+    }
+
+    FileContents contents = readStoreFile(filePath);
+    if (contents.status == Status::AccessError) {
+        setOutcome(contents.status, filePath, contents.problem);
+        return false;
+    }
+    if (contents.status == Status::FormatError) {
+        // The damaged bytes are the user's: keep them beside the new file
+        // instead of writing over them.
+        const QString aside = asidePath(filePath);
+        if (!QFile::rename(filePath, aside)) {
+            setOutcome(Status::AccessError, filePath, u"damaged, and cannot be moved aside to %1"_s.arg(aside));
+            return false;
+        }
+        recoveredFilePath = aside;
+        qCWarning(lcQVSettings).noquote() << filePath << "was damaged (" << contents.problem << "); kept it as"
+                                          << aside;
+    }
+
+    const QVariantMap base = contents.dictionary;
+    stored = base;
+    const QVariantMap merged = persistent();
+    if (recoveredFilePath.isEmpty() && samePropertyList(QVariant(base), QVariant(merged))) {
+        pending.clear();
+        setOutcome(Status::NoError);
+        return true;
+    }
+
+    QVError error;
+    const QByteArray data = QVPropertyListSerialization::dataWithPropertyList(merged, &error);
+    if (data.isNull()) {
+        setOutcome(Status::FormatError, filePath, error.localizedDescription());
+        return false;
+    }
+    QSaveFile file(filePath);
+    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit()) {
+        setOutcome(Status::AccessError, filePath, u"cannot write: %1"_s.arg(file.errorString()));
+        return false;
+    }
+    stored = merged;
+    pending.clear();
+    setOutcome(Status::NoError);
+    return true;
+}
 
 QVUserDefaults *QVUserDefaults::standardUserDefaults()
 {
@@ -343,9 +394,11 @@ void QVUserDefaults::setStandardUserDefaultsFilePath(const QString &filePath)
     if (defaults->d->filePath == filePath)
         return;
     defaults->synchronize();
+    // Changes the old file refused belong to it, not to the new one.
+    defaults->d->pending.clear();
+    defaults->d->stored.clear();
     defaults->d->filePath = filePath;
-    defaults->d->openSettings();
-    defaults->d->reportOutcome(defaults->d->settings->status() == QSettings::NoError);
+    defaults->d->read();
     defaults->notifyChange();
 }
 
@@ -363,20 +416,40 @@ QVUserDefaults::QVUserDefaults(const QString &filePath, QObject *parent)
 {
     QV_ASSERT(!filePath.isEmpty());
     d->filePath = filePath;
-    d->openSettings();
-    d->reportOutcome(d->settings->status() == QSettings::NoError);
+    d->read();
 }
 
 QVUserDefaults::~QVUserDefaults()
 {
-    // QSettings writes pending changes when it goes; nothing is logged here,
+    // Pending changes are written as the store goes; nothing is logged here,
     // since the standard store may be destroyed after the logging machinery.
-    d->settings->sync();
+    if (!d->pending.isEmpty())
+        d->write();
 }
 
 QString QVUserDefaults::filePath() const
 {
     return d->filePath;
+}
+
+QVUserDefaults::Status QVUserDefaults::status() const
+{
+    return d->status;
+}
+
+QString QVUserDefaults::errorString() const
+{
+    return d->errorString;
+}
+
+QString QVUserDefaults::recoveredFilePath() const
+{
+    return d->recoveredFilePath;
+}
+
+void QVUserDefaults::setLockTimeout(std::chrono::milliseconds timeout)
+{
+    d->lockTimeout = timeout;
 }
 
 void QVUserDefaults::registerDefaults(const QVariantMap &defaults)
@@ -395,9 +468,8 @@ QVariantMap QVUserDefaults::registeredDefaults() const
 QVariant QVUserDefaults::objectForKey(const QString &key) const
 {
     if (!key.isEmpty()) {
-        const QString stored = escapedKey(key);
-        if (d->settings->contains(stored))
-            return d->settings->value(stored);
+        if (const std::optional<QVariant> value = d->persistentValue(key))
+            return *value;
     }
     return d->registered.value(key);
 }
@@ -568,7 +640,7 @@ void QVUserDefaults::setObject(const QVariant &value, const QString &key)
     }
 
     const QVariant before = objectForKey(key);
-    d->settings->setValue(escapedKey(key), stored);
+    d->pending.insert(key, stored);
     scheduleWrite();
     if (!samePropertyList(before, objectForKey(key)))
         notifyChange();
@@ -606,13 +678,10 @@ void QVUserDefaults::removeObjectsForKeys(const QStringList &keys)
 {
     bool changed = false;
     for (const QString &key : keys) {
-        if (key.isEmpty())
-            continue;
-        const QString stored = escapedKey(key);
-        if (!d->settings->contains(stored))
+        if (key.isEmpty() || !d->persistentValue(key))
             continue;
         const QVariant before = objectForKey(key);
-        d->settings->remove(stored);
+        d->pending.insert(key, std::nullopt);
         scheduleWrite();
         changed = changed || !samePropertyList(before, objectForKey(key));
     }
@@ -629,18 +698,13 @@ QVariantMap QVUserDefaults::dictionaryRepresentation() const
 
 QVariantMap QVUserDefaults::persistentDictionary() const
 {
-    QVariantMap result;
-    const QStringList keys = d->settings->allKeys();
-    for (const QString &key : keys)
-        result.insert(unescapedKey(key), d->settings->value(key));
-    return result;
+    return d->persistent();
 }
 
 bool QVUserDefaults::synchronize()
 {
     const QVariantMap before = dictionaryRepresentation();
-    const bool ok = d->syncSettings();
-    d->reportOutcome(ok);
+    const bool ok = d->pending.isEmpty() ? d->read() : d->write();
     if (!sameDictionary(before, dictionaryRepresentation()))
         notifyChange();
     return ok;
@@ -648,9 +712,8 @@ bool QVUserDefaults::synchronize()
 
 void QVUserDefaults::scheduleWrite()
 {
-    // Changes reach the file soon without waiting for synchronize(). QSettings
-    // would write on its own too, but silently; going through synchronize()
-    // reports an unreadable file and picks up what other processes wrote.
+    // Changes reach the file soon without waiting for synchronize(), which
+    // also picks up what other processes wrote.
     if (d->writeScheduled)
         return;
     d->writeScheduled = true;

@@ -7,6 +7,7 @@
 #include <QtCore/QUrl>
 #include <QtCore/QVariantMap>
 
+#include <chrono>
 #include <memory>
 
 /** Posted on the default notification centre, object: the store, whenever its contents change. */
@@ -16,16 +17,23 @@ inline constexpr QStringView QVUserDefaultsDidChangeNotification = u"QVUserDefau
  * The per-user settings store: property-list values under string keys.
  *
  * Two layers answer a read. Values the user (or the application) set live in
- * a property-list file written through QSettings, which brings locking and
- * atomic replacement; fallback values registered at start-up live in memory
- * only and answer for keys the file does not hold. Removing a key therefore
- * brings back its registered value.
+ * an XML property-list file; fallback values registered at start-up live in
+ * memory only and answer for keys the file does not hold. Removing a key
+ * therefore brings back its registered value. Keys are any non-empty strings.
  *
- * Keys are any non-empty strings, '/' and '\\' included: they reach the file
- * exactly as written (QSettings' group separators are escaped on the way).
- * A file that is not a property-list dictionary is never replaced: the store
- * logs one line, keeps its changes in memory and writes them once the file
- * reads again (or is removed).
+ * Several processes (and several store objects) may share one file. Changes
+ * wait in memory until they are written; a write takes the lock file
+ * "<file>.lock" (waiting at most lockTimeout), re-reads the file, applies the
+ * changes on top of what it holds and replaces it atomically, so every write
+ * that reports success is in the file and nobody's change is lost.
+ *
+ * A file that does not read is never written over. A damaged file (not a
+ * property-list dictionary) reads as an empty store with status()
+ * FormatError; the next write moves it aside as "NAME.corrupt-YYYYMMDD-HHMMSS"
+ * (recoveredFilePath()) and writes a new file. A file that cannot be read at
+ * all (AccessError) refuses writes: the changes stay in memory. Failures are
+ * reported through status() and errorString() and the "qvkit.settings"
+ * logging category, never as lines of their own on standard error.
  *
  * The standard store's file is "<bundle identifier>.plist" in the user's
  * configuration folder; setStandardUserDefaultsFilePath() points it elsewhere,
@@ -36,6 +44,17 @@ class QVKIT_EXPORT QVUserDefaults : public QObject
     Q_OBJECT
 
 public:
+    /** The outcome of the last read or write of the file, as QSettings::Status is. */
+    enum class Status {
+        NoError,
+        /** The file or its folder cannot be read or written. */
+        AccessError,
+        /** The file is not a property-list dictionary. */
+        FormatError,
+        /** Another process held the lock file for longer than the lock timeout. */
+        LockError,
+    };
+
     /**
      * The application's store, made on first use, over the file set with
      * setStandardUserDefaultsFilePath(), else the one named by the environment
@@ -58,6 +77,18 @@ public:
     ~QVUserDefaults() override;
 
     QString filePath() const;
+
+    /** How the last read or write of the file went; reading happens on construction too. */
+    Status status() const;
+    /**
+     * What went wrong, naming the file and the problem
+     * ("/path/s.plist: Property list is malformed at line 3, column 7: …"); empty on NoError.
+     */
+    QString errorString() const;
+    /** Where the last write kept a damaged file it moved aside; empty when it moved none. */
+    QString recoveredFilePath() const;
+    /** How long a write waits for the lock file (10 seconds unless set). */
+    void setLockTimeout(std::chrono::milliseconds timeout);
 
     /**
      * Adds fallback values; later registrations of a key replace earlier ones.
@@ -115,7 +146,8 @@ public:
 
     /**
      * Writes pending changes and reads changes other processes made. False
-     * when the file could not be read or written; the values in memory stay.
+     * when the file could not be read or written (see status()); the values
+     * in memory stay, and a later call tries again.
      */
     bool synchronize();
 

@@ -106,6 +106,19 @@ QVariant nestedLists(int levels)
     }
 }
 
+// Ten levels of entities, each ten of the one below: a gigabyte if expanded.
+QByteArray billionLaughs()
+{
+    QByteArray xml = "<?xml version=\"1.0\"?>\n<!DOCTYPE plist [\n<!ENTITY lol0 \"lol\">\n";
+    for (int level = 1; level < 10; ++level) {
+        xml += "<!ENTITY lol" + QByteArray::number(level) + " \"";
+        for (int i = 0; i < 10; ++i)
+            xml += "&lol" + QByteArray::number(level - 1) + ';';
+        xml += "\">\n";
+    }
+    return xml + "]>\n<plist><string>&lol9;</string></plist>\n";
+}
+
 } // namespace
 
 // ---------------------------------------------------------------------------
@@ -250,7 +263,22 @@ TEST(QVPropertyListSerializationTest, RejectsMalformedInput)
         {"empty input", "", "Property list is empty"},
         {"whitespace only", " \n\t ", "Property list is empty"},
         {"not xml at all", "Hello, world", "start tag expected"},
-        {"binary junk", QByteArray("\x00\x9f\xff\x01garbage\x80", 12), "malformed at line 1"},
+        {"binary junk", QByteArray("\x9f\xff\x01garbage\x80", 11), "malformed at line 1"},
+        {"NUL byte", QByteArray("<plist><string>a\0b</string></plist>", 35), "NUL byte at offset 16"},
+        {"NUL byte last", QByteArray("<plist/>\0", 9), "NUL byte at offset 8"},
+        {"NUL character in UTF-16",
+         QByteArray("\xff\xfe") + QByteArray(reinterpret_cast<const char *>(u"<string>a\0</string>"), 40),
+         "NUL byte at offset 20"},
+        {"internal entity",
+         "<!DOCTYPE plist [<!ENTITY e \"<true/>\">]>\n<plist>&e;</plist>",
+         "line 1, column 41: entity declarations are not allowed"},
+        {"external entity",
+         "<?xml version=\"1.0\"?>\n<!DOCTYPE plist [\n<!ENTITY secret SYSTEM \"file:///etc/passwd\">\n]>\n"
+         "<plist><string>&secret;</string></plist>",
+         "line 4, column 3: entity declarations are not allowed"},
+        {"parameter entity", "<!DOCTYPE plist [<!ENTITY % p \"x\">]><plist><true/></plist>",
+         "entity declarations are not allowed"},
+        {"billion laughs", billionLaughs(), "entity declarations are not allowed"},
         {"binary property list", "bplist00\xd1\x01\x02", "binary format"},
         {"unexpected end of file", "<plist><dict><key>a</key>", "unexpected end of file"},
         {"unknown element", wrap("<dict><key>c</key><color>red</color></dict>"), "unknown element <color>"},

@@ -9,6 +9,8 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QLockFile>
 #include <QtCore/QPoint>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
@@ -16,7 +18,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <limits>
+#include <memory>
+#include <thread>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -467,57 +473,155 @@ TEST_F(QVUserDefaultsTest, ValuesCrossBetweenProcesses)
     EXPECT_EQ(spy.count(), 4) << "nothing new: no signal";
 }
 
-TEST_F(QVUserDefaultsTest, UnreadableFileIsNeverOverwritten)
+TEST_F(QVUserDefaultsTest, DamagedFileReadsAsAnErrorAndIsMovedAsideByTheNextWrite)
 {
     const struct Row
     {
         const char *name;
         QByteArray contents;
+        const char *problem;
     } rows[] = {
-        {"not XML", "this is the user's file, not a property list\n"},
-        {"truncated", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n<key>a</key>\n"},
+        {"not XML", "this is the user's file, not a property list\n", "Property list is malformed at line 1"},
+        {"truncated", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n<key>a</key>\n",
+         "Property list is malformed at line 5"},
         {"array at the top", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n"
-                             "<array><string>x</string></array>\n</plist>\n"},
-        {"binary", QByteArray("bplist00\xd1\x01\x02", 11)},
+                             "<array><string>x</string></array>\n</plist>\n",
+         "not a property-list dictionary"},
+        {"NUL byte", QByteArray("<plist>\0</plist>", 16), "Property list is malformed: NUL byte at offset 7"},
     };
     for (const Row &row : rows) {
         SCOPED_TRACE(row.name);
         const QString file = path(QString::fromUtf8(row.name) + u".plist"_s);
         writeFile(file, row.contents);
 
-        QVLogCapture capture;
-        {
-            QVUserDefaults defaults(file);
-            defaults.setObject(u"new"_s, u"key"_s);
-            EXPECT_FALSE(defaults.synchronize());
-            EXPECT_FALSE(defaults.synchronize());
-            EXPECT_EQ(defaults.stringForKey(u"key"_s), u"new"_s) << "the change stays in memory";
-            EXPECT_EQ(fileContents(file), row.contents);
-            QCoreApplication::processEvents(); // the write the set scheduled
-            EXPECT_EQ(fileContents(file), row.contents);
-        }
-        EXPECT_EQ(fileContents(file), row.contents) << "not even when the store goes away";
-        const QString line = u"QVUserDefaults: %1 is not a readable property list; leaving it untouched and "
-                             u"keeping changes in memory. Fix or remove the file."_s.arg(file);
-        EXPECT_EQ(capture.lines().count(line), 1) << capture.lines().join(u'\n').toStdString();
+        QVUserDefaults defaults(file);
+        EXPECT_EQ(defaults.status(), QVUserDefaults::Status::FormatError);
+        EXPECT_TRUE(defaults.errorString().startsWith(file + u": "_s + QString::fromUtf8(row.problem)))
+            << defaults.errorString().toStdString();
+        EXPECT_TRUE(defaults.persistentDictionary().isEmpty());
+        EXPECT_EQ(fileContents(file), row.contents) << "reading changes nothing";
 
-        EXPECT_EQ(runHelper({u"set"_s, file, u"key"_s, u"other"_s}).exitCode, 2);
-        EXPECT_EQ(fileContents(file), row.contents) << "nor from another process";
+        defaults.setObject(u"new"_s, u"key"_s);
+        ASSERT_TRUE(defaults.synchronize()) << defaults.errorString().toStdString();
+        EXPECT_EQ(defaults.status(), QVUserDefaults::Status::NoError);
+        const QString aside = defaults.recoveredFilePath();
+        EXPECT_TRUE(aside.startsWith(file + u".corrupt-"_s)) << aside.toStdString();
+        EXPECT_EQ(fileContents(aside), row.contents) << "the damaged bytes are kept as they were";
+        EXPECT_EQ(fileDictionary(file), (QVariantMap{{u"key"_s, u"new"_s}}));
+
+        defaults.setObject(u"newer"_s, u"key"_s);
+        ASSERT_TRUE(defaults.synchronize());
+        EXPECT_TRUE(defaults.recoveredFilePath().isEmpty()) << "a healthy file is not moved";
     }
 
-    // Once the file reads again, the change kept in memory is written with what it holds.
-    const QString file = path(u"repaired.plist"_s);
-    writeFile(file, "garbage");
-    QVLogCapture capture;
+    // Two damaged files in the same second keep both copies.
+    const QString file = path(u"twice.plist"_s);
+    QStringList asides;
+    for (const QByteArray &contents : {QByteArray("first"), QByteArray("second")}) {
+        writeFile(file, contents);
+        QVUserDefaults defaults(file);
+        defaults.setObject(1, u"k"_s);
+        ASSERT_TRUE(defaults.synchronize());
+        asides.append(defaults.recoveredFilePath());
+        EXPECT_EQ(fileContents(asides.last()), contents);
+    }
+    EXPECT_NE(asides.first(), asides.last());
+}
+
+TEST_F(QVUserDefaultsTest, FileThatCannotBeReadRefusesWritesAndKeepsTheChanges)
+{
+    // A folder where the file should be cannot be read, even by root.
+    const QString file = path(u"folder.plist"_s);
+    ASSERT_TRUE(QDir().mkpath(file));
     QVUserDefaults defaults(file);
+    EXPECT_EQ(defaults.status(), QVUserDefaults::Status::AccessError);
+    EXPECT_TRUE(defaults.errorString().startsWith(file + u": cannot read"_s)) << defaults.errorString().toStdString();
+
     defaults.setObject(u"kept"_s, u"pending"_s);
     EXPECT_FALSE(defaults.synchronize());
-    ASSERT_TRUE(QVPropertyListSerialization::writePropertyListToFile(
-        QVariantMap{{u"repaired"_s, true}}, file));
+    EXPECT_EQ(defaults.status(), QVUserDefaults::Status::AccessError);
+    EXPECT_EQ(defaults.stringForKey(u"pending"_s), u"kept"_s) << "the change stays in memory";
+    EXPECT_TRUE(QFileInfo(file).isDir()) << "nothing was moved or replaced";
+    EXPECT_EQ(runHelper({u"set"_s, file, u"key"_s, u"other"_s}).exitCode, 2) << "nor from another process";
+
+    // Once the path holds a readable store, the change kept in memory is merged into it.
+    ASSERT_TRUE(QDir(file).removeRecursively());
+    ASSERT_TRUE(QVPropertyListSerialization::writePropertyListToFile(QVariantMap{{u"repaired"_s, true}}, file));
     QSignalSpy spy(&defaults, &QVUserDefaults::didChange);
     EXPECT_TRUE(defaults.synchronize());
     EXPECT_EQ(spy.count(), 1);
     EXPECT_EQ(fileDictionary(file), (QVariantMap{{u"pending"_s, u"kept"_s}, {u"repaired"_s, true}}));
+}
+
+TEST_F(QVUserDefaultsTest, HeldLockFailsTheWriteAfterTheTimeoutAndKeepsTheChange)
+{
+    QLockFile held(path() + u".lock"_s);
+    ASSERT_TRUE(held.lock());
+    QVUserDefaults defaults(path());
+    defaults.setLockTimeout(std::chrono::milliseconds(50));
+    defaults.setObject(u"waiting"_s, u"key"_s);
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_EQ(defaults.status(), QVUserDefaults::Status::LockError);
+    EXPECT_EQ(defaults.errorString(), path() + u".lock: the settings file is locked by another process (waited 0.05 s)"_s);
+    EXPECT_FALSE(QFile::exists(path()));
+
+    held.unlock();
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(fileDictionary(path()), (QVariantMap{{u"key"_s, u"waiting"_s}}));
+}
+
+// Writers started at once, each setting its own key: every one that reports
+// success must find its key in the file afterwards.
+TEST_F(QVUserDefaultsTest, ConcurrentProcessesLoseNoWrite)
+{
+    constexpr int rounds = 100;
+    constexpr int writers = 16;
+    for (int round = 0; round < rounds; ++round) {
+        const QString file = path(u"round-%1.plist"_s.arg(round));
+        std::vector<std::unique_ptr<QProcess>> processes;
+        for (int writer = 0; writer < writers; ++writer) {
+            auto process = std::make_unique<QProcess>();
+            process->start(QVTest::helperPath(u"QVUserDefaultsHelper"_s),
+                           {u"set"_s, file, u"k%1"_s.arg(writer), QString::number(writer)});
+            processes.push_back(std::move(process));
+        }
+        for (int writer = 0; writer < writers; ++writer) {
+            QProcess &process = *processes[size_t(writer)];
+            ASSERT_TRUE(process.waitForFinished(60000));
+            ASSERT_EQ(process.exitCode(), 0) << "round " << round << ", writer " << writer;
+        }
+        const QVariantMap written = fileDictionary(file);
+        ASSERT_EQ(written.size(), writers) << "round " << round << ": " << QVDescription(written).toStdString();
+        for (int writer = 0; writer < writers; ++writer)
+            ASSERT_EQ(written.value(u"k%1"_s.arg(writer)).toString(), QString::number(writer)) << "round " << round;
+    }
+}
+
+TEST_F(QVUserDefaultsTest, ConcurrentStoreObjectsOnThreadsLoseNoWrite)
+{
+    constexpr int threads = 8;
+    constexpr int writesPerThread = 25;
+    std::vector<std::thread> workers;
+    std::atomic<int> failures{0};
+    for (int thread = 0; thread < threads; ++thread) {
+        workers.emplace_back([&, thread] {
+            QVUserDefaults defaults(path());
+            for (int write = 0; write < writesPerThread; ++write) {
+                defaults.setInteger(write, u"t%1-%2"_s.arg(thread).arg(write));
+                if (!defaults.synchronize())
+                    ++failures;
+            }
+        });
+    }
+    for (std::thread &worker : workers)
+        worker.join();
+    EXPECT_EQ(failures, 0);
+    const QVariantMap written = fileDictionary(path());
+    EXPECT_EQ(written.size(), threads * writesPerThread);
+    for (int thread = 0; thread < threads; ++thread) {
+        for (int write = 0; write < writesPerThread; ++write)
+            EXPECT_EQ(written.value(u"t%1-%2"_s.arg(thread).arg(write)).toInt(), write);
+    }
 }
 
 TEST_F(QVUserDefaultsTest, KeysWithSeparatorsAndPercentSignsRoundTrip)
