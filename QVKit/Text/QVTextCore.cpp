@@ -461,6 +461,17 @@ bool opensAfter(QStringView before, const QString &standardBegin, const QString 
     return category == QChar::Punctuation_Open || category == QChar::Punctuation_Dash;
 }
 
+// Whether a letter or digit starts at index i (a surrogate pair counts as one character).
+bool isWordCharacterAt(const QString &text, qsizetype i)
+{
+    if (i >= text.size())
+        return false;
+    char32_t c = text[i].unicode();
+    if (QChar::isHighSurrogate(c) && i + 1 < text.size() && text[i + 1].isLowSurrogate())
+        c = QChar::surrogateToUcs4(text[i], text[i + 1]);
+    return QChar::isLetterOrNumber(c);
+}
+
 bool isKnownQuotationType(quint64 quotationType)
 {
     return quotationType == QVQuotationTypeStraight || quotationType == QVQuotationTypeSmart;
@@ -484,6 +495,10 @@ QString convertQuotation(const QString &text, qsizetype start, qsizetype end, qu
     QString alternateEnd;
     QVTextCore::stringsForQuoteType(QVQuoteTypeStandard, &standardBegin, &standardEnd);
     QVTextCore::stringsForQuoteType(QVQuoteTypeAlternative, &alternateBegin, &alternateEnd);
+    const QString apostrophe(QChar(0x2019));
+    // Single quotes opened in this range and not yet closed: a closing ' after
+    // a word closes one of them, or else is a possessive apostrophe (dogs').
+    qsizetype openSingles = 0;
     for (qsizetype i = start; i < end; ++i) {
         const QChar unit = text[i];
         if (unit != u'"' && unit != u'\'') {
@@ -492,8 +507,18 @@ QString convertQuotation(const QString &text, qsizetype start, qsizetype end, qu
         }
         const QStringView before = output.isEmpty() ? QStringView(text).left(start) : QStringView(output);
         const bool opens = opensAfter(before, standardBegin, alternateBegin);
-        const QString &mark
-            = unit == u'"' ? (opens ? standardBegin : standardEnd) : (opens ? alternateBegin : alternateEnd);
+        const QString *chosen = nullptr;
+        if (unit == u'"') {
+            chosen = opens ? &standardBegin : &standardEnd;
+        } else if (!opens && (isWordCharacterAt(text, i + 1) || openSingles == 0)) {
+            // An apostrophe is a letter's mark in every language (it's, l'eau,
+            // rock'n'roll), never one of the locale's quotation marks.
+            chosen = &apostrophe;
+        } else {
+            openSingles += opens ? 1 : -1;
+            chosen = opens ? &alternateBegin : &alternateEnd;
+        }
+        const QString &mark = *chosen;
         if (mark.size() != 1)
             growths.push_back(Growth {i - start, 1, mark.size() - 1});
         output.append(mark);

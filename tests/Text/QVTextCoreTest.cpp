@@ -229,6 +229,22 @@ TEST(QVTextCoreTest, StraightenAndSmarten)
          u"He said \u201Cit\u2019s \u2018fine\u2019\u201D (\u201Cok\u201D)"_s},
         {"de_DE", u"\"Er sagt 'ja'\" -'x'"_s, u"\u201EEr sagt \u201Aja\u2018\u201C -\u201Ax\u2018"_s},
     };
+    // Quotes take the locale's marks; an apostrophe inside or after a word
+    // is ’ in every language, and a single quote after a word closes only a
+    // quote that is open.
+    for (const char *name : {"en_US", "de_DE", "fr_FR", "ja_JP", "ru_RU"}) {
+        SCOPED_TRACE(name);
+        const DefaultLocale locale(QString::fromLatin1(name));
+        const QLocale current;
+        const QString straight = u"\"x\" it's l'eau, 'y' and the dogs' bowls"_s;
+        const QString smart = current.quoteString(u"x") + u" it\u2019s l\u2019eau, "_s
+                              + current.quoteString(u"y", QLocale::AlternateQuotation)
+                              + u" and the dogs\u2019 bowls"_s;
+        EXPECT_EQ(QVTextCore::sourceTextConvertToQuotation(straight, QVQuotationTypeSmart,
+                                                           QVMakeRange(0, quint64(straight.size()))),
+                  smart);
+    }
+
     for (const Row &row : rows) {
         SCOPED_TRACE(row.locale);
         const DefaultLocale locale(QString::fromLatin1(row.locale));

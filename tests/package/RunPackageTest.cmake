@@ -11,6 +11,11 @@ function(run)
 endfunction()
 
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/prefix")
+foreach(completion IN ITEMS bash-completion/completions/qvkit zsh/vendor-completions/_qvkit)
+    if(NOT EXISTS "${WORK_DIR}/prefix/share/${completion}")
+        message(FATAL_ERROR "the install lacks share/${completion}")
+    endif()
+endforeach()
 run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${WORK_DIR}/build" -G Ninja
     "-DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix" "-DCMAKE_EXE_LINKER_FLAGS=${LINK_FLAGS}")
 run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
