@@ -64,6 +64,16 @@ StoredKey<Key> wrap(const Key &key)
         return key;
 }
 
+/**
+ * Whether an argument may stand for a Target parameter whose sibling
+ * parameter is Other: it converts to Target, and where the two types differ
+ * it is not exactly Other (the sign of swapped arguments).
+ */
+template <typename Argument, typename Target, typename Other>
+concept ArgumentFor = std::convertible_to<Argument, Target>
+                      && (std::same_as<Target, Other> || std::same_as<std::remove_cvref_t<Argument>, Target>
+                          || !std::same_as<std::remove_cvref_t<Argument>, Other>);
+
 /** 64 for a limit of 0 or above 64, else the limit. */
 constexpr quint64 prefillAmountForItemLimit(quint64 itemLimit)
 {
@@ -266,37 +276,44 @@ public:
     std::optional<Value> objectForKeyedSubscript(const Key &key) { return objectForKey(key); }
 
     /**
-     * Caches the object under the key with a cost. A key already cached gets
-     * a fresh entry (access count 1, created now) and never evicts another;
-     * a new key at the limit first evicts one entry. No key does nothing; no
-     * object removes the key's entry.
+     * Caches the object under the key with a cost (0 when left out). A key
+     * already cached gets a fresh entry (access count 1, created now) and
+     * never evicts another; a new key at the limit first evicts one entry. No
+     * key does nothing; no object removes the key's entry.
+     *
+     * The object comes first, as in every setter of the library. Where Key and
+     * Value differ, an argument of exactly the other type is refused at
+     * compile time, so that swapping them (setObject(key, object)) does not
+     * quietly convert one into the other.
      */
-    void setObject(const Value &object, const Key &key, quint64 cost)
+    template <typename O, typename K>
+        requires QVCacheDetail::ArgumentFor<O, Value, Key> && QVCacheDetail::ArgumentFor<K, Key, Value>
+    void setObject(O &&object, K &&key, quint64 cost = 0)
     {
-        if (QVCacheDetail::isNil(key))
-            return;
-        if (QVCacheDetail::isNil(object)) {
-            removeObjectForKey(key);
-            return;
-        }
-        addCacheItem(key, object, cost);
+        store(Value(std::forward<O>(object)), Key(std::forward<K>(key)), cost);
     }
 
     /** As above; std::nullopt removes the key's entry. */
-    template <typename Optional>
+    template <typename Optional, typename K>
         requires std::same_as<std::remove_cvref_t<Optional>, std::optional<Value>>
-    void setObject(Optional &&object, const Key &key, quint64 cost)
+                 && QVCacheDetail::ArgumentFor<K, Key, Value>
+    void setObject(Optional &&object, K &&key, quint64 cost = 0)
     {
         if (object)
-            setObject(*object, key, cost);
+            store(*object, Key(std::forward<K>(key)), cost);
         else
-            removeObjectForKey(key);
+            removeObjectForKey(Key(std::forward<K>(key)));
     }
 
-    void setObject(std::nullopt_t, const Key &key, quint64 /*cost*/) { removeObjectForKey(key); }
+    template <typename K>
+        requires QVCacheDetail::ArgumentFor<K, Key, Value>
+    void setObject(std::nullopt_t, K &&key, quint64 /*cost*/ = 0)
+    {
+        removeObjectForKey(Key(std::forward<K>(key)));
+    }
 
     /** cache[key] = object: setObject() with cost 0; no object removes the entry. */
-    void setObjectForKeyedSubscript(const Value &object, const Key &key) { setObject(object, key, 0); }
+    void setObjectForKeyedSubscript(const Value &object, const Key &key) { store(object, key, 0); }
 
     template <typename Optional>
         requires std::same_as<std::remove_cvref_t<Optional>, std::optional<Value>>
@@ -320,7 +337,7 @@ public:
         if (quint64(dictionary.size()) > m_itemLimit)
             QVCacheDetail::logDictionaryBeyondItemLimit(this);
         for (auto it = dictionary.cbegin(); it != dictionary.cend(); ++it)
-            setObject(Value(it.value()), Key(it.key()), cost);
+            store(Value(it.value()), Key(it.key()), cost);
     }
 
     /** Removes the key's entry, if any. */
@@ -366,6 +383,17 @@ public:
     QString description() const { return QVCacheDetail::cacheDescription(this, count(), m_statistics); }
 
 private:
+    void store(const Value &object, const Key &key, quint64 cost)
+    {
+        if (QVCacheDetail::isNil(key))
+            return;
+        if (QVCacheDetail::isNil(object)) {
+            removeObjectForKey(key);
+            return;
+        }
+        addCacheItem(key, object, cost);
+    }
+
     using LastAccessTimeArray = QVSortedArray<Item *, QVCacheItemBase::HighestLastAccessTimeComparator>;
     using AccessCountArray = QVSortedArray<Item *, QVCacheItemBase::LeastFrequentlyUsedComparator>;
     using CreationTimeArray = QVSortedArray<Item *, QVCacheItemBase::LowestCreationTimeComparator>;

@@ -4,6 +4,7 @@
 #include <QVKit/Platform/QVAssert.h>
 #include <QVKit/Platform/QVFormat.h>
 #include <QVKit/Platform/QVRange.h>
+#include <QVKit/QVKitExport.h>
 
 #include <QtCore/QList>
 #include <QtCore/QString>
@@ -64,6 +65,22 @@ constexpr bool isNil(const T &value)
     else
         return false;
 }
+
+/** Types with an order of their own: strings, numbers, anything with operator<. */
+template <typename T>
+concept NaturallyOrdered = requires(const T &a, const T &b) {
+    { a < b } -> std::convertible_to<bool>;
+};
+
+/** The natural order as a comparator: -1, 0 or 1. */
+template <NaturallyOrdered T>
+int naturalOrder(const T &a, const T &b)
+{
+    return a < b ? -1 : (b < a ? 1 : 0);
+}
+
+/** Logs that an array without a comparator was asked to take elements. */
+QVKIT_EXPORT void logMissingComparator(const char *operation);
 
 /** A comparator is missing only when it is an empty std::function or a null function pointer. */
 template <typename C>
@@ -136,10 +153,12 @@ QString describe(const T &value)
  *
  * Nil: adding a null pointer, null smart pointer or invalid QVariant is a
  * programming error (assertion "object"); searching for one finds nothing.
- * An empty std::function or null function pointer as comparator is a
+ * An empty std::function or null function pointer passed as comparator is a
  * programming error (assertion "comparator"). A default-constructed array of a
- * std::function comparator has no comparator yet: until one is set, searches
- * answer not-found and addObject() adds nothing.
+ * std::function comparator sorts by the elements' natural order (operator<)
+ * when they have one. Elements without one have no comparator until it is set:
+ * searches answer not-found, and adding logs "<operation>: the sorted array
+ * has no comparator; nothing was added. Fix this." and adds nothing.
  *
  * Index and range arguments outside the array stop at an assertion. Iteration
  * (range-for) runs over the elements in order; they are read-only, since
@@ -161,11 +180,16 @@ public:
     /** Sorting runs on several threads from this element count on. */
     static constexpr quint64 concurrentSortThreshold = 10001;
 
-    /** An array without comparator (see the class notes); only for default-constructible Compare. */
+    /**
+     * An array in the elements' natural order, or without a comparator when
+     * they have none (see the class notes); only for default-constructible Compare.
+     */
     QVSortedArray()
         requires std::default_initializable<Compare>
         : m_didInitQVSortedArray(true)
     {
+        if constexpr (QVSortedArrayDetail::isStdFunction<Compare> && QVSortedArrayDetail::NaturallyOrdered<T>)
+            m_comparator = &QVSortedArrayDetail::naturalOrder<T>;
     }
 
     explicit QVSortedArray(Compare comparator) : QVSortedArray(0, std::move(comparator)) {}
@@ -195,6 +219,10 @@ public:
     void setArray(const QList<T> &array)
     {
         assertNoNilElements(array);
+        if (QVSortedArrayDetail::isMissing(m_comparator) && !array.isEmpty()) {
+            QVSortedArrayDetail::logMissingComparator("QVSortedArray::setArray");
+            return;
+        }
         std::vector<T> elements(array.cbegin(), array.cend());
         sortElements(elements);
         m_store.assign(std::move(elements));
@@ -223,8 +251,10 @@ public:
     void addObject(const T &object)
     {
         QV_ASSERT_TEXT(!QVSortedArrayDetail::isNil(object), "object");
-        if (QVSortedArrayDetail::isMissing(m_comparator))
+        if (QVSortedArrayDetail::isMissing(m_comparator)) {
+            QVSortedArrayDetail::logMissingComparator("QVSortedArray::addObject");
             return;
+        }
         if (m_store.isEmpty() || m_comparator(m_store.last(), object) <= 0)
             m_store.insert(m_store.endPosition(), object);
         else if (m_comparator(m_store.first(), object) > 0)
@@ -241,6 +271,10 @@ public:
     void addObjectsFromArray(const QList<T> &array)
     {
         assertNoNilElements(array);
+        if (QVSortedArrayDetail::isMissing(m_comparator) && !array.isEmpty()) {
+            QVSortedArrayDetail::logMissingComparator("QVSortedArray::addObjectsFromArray");
+            return;
+        }
         const quint64 added = quint64(array.size());
         if (added > (count() >> 3)) {
             std::vector<T> elements = m_store.takeAll();

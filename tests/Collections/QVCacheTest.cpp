@@ -210,6 +210,39 @@ TEST(QVCacheTest, StatisticsAndDescription)
     EXPECT_EQ(cache.statistics().accesses(), 0u);
 }
 
+// Whether cache.setObject(object, key[, cost]) compiles for these argument types.
+template <typename Cache, typename Object, typename Key>
+concept SetsWithCost = requires(Cache &cache, Object object, Key key) { cache.setObject(object, key, quint64(1)); };
+template <typename Cache, typename Object, typename Key>
+concept Sets = requires(Cache &cache, Object object, Key key) { cache.setObject(object, key); };
+
+// Object first, key second; swapping them must not compile where the two types differ.
+static_assert(SetsWithCost<QVCache<QString, int>, int, QString>);
+static_assert(Sets<QVCache<QString, int>, int, QString>);
+static_assert(!SetsWithCost<QVCache<QString, int>, QString, int>);
+static_assert(!Sets<QVCache<QString, int>, QString, int>);
+static_assert(SetsWithCost<QVCache<int, double>, double, int>);
+static_assert(!SetsWithCost<QVCache<int, double>, int, double>, "numbers would convert silently");
+static_assert(!SetsWithCost<QVCache<QString, QVariant>, QString, QVariant>, "anything converts to QVariant");
+static_assert(SetsWithCost<QVCache<QString, QVariant>, QVariant, QString>);
+static_assert(SetsWithCost<QVCache<QString, QVariant>, int, QString>);
+static_assert(SetsWithCost<QVCache<QString, int>, std::optional<int>, QString>);
+static_assert(Sets<QVCache<QString, int>, std::nullopt_t, QString>);
+static_assert(SetsWithCost<QVCache<QString, QString>, QString, QString>, "the same type cannot be told apart");
+
+TEST(QVCacheTest, SetObjectWithAndWithoutACost)
+{
+    StringCache cache;
+    cache.setObject(1, u"a"_s);
+    cache.setObject(2, u"b"_s, 5);
+    cache.setObject(std::optional<int>(3), u"c"_s);
+    EXPECT_EQ(sortedKeys(cache), u"a b c"_s);
+    EXPECT_EQ(cache.objectForKey(u"a"_s), 1);
+    cache.setObject(std::nullopt, u"a"_s);
+    cache.setObject(std::optional<int>(), u"b"_s, 9);
+    EXPECT_EQ(sortedKeys(cache), u"c"_s);
+}
+
 TEST(QVCacheTest, RemovalAndNilObjects)
 {
     StringCache cache(QVCacheBehaviorLeastFrequentlyUsed, 8);

@@ -1,4 +1,5 @@
 #include <QVKit/Collections/QVSortedArray.h>
+#include <QVKit/Platform/QVLog.h>
 
 #include <QtCore/QSharedPointer>
 #include <QtCore/QVariant>
@@ -266,14 +267,38 @@ TEST(QVSortedArrayTest, ReplacingTheComparatorResortsOnlyForADifferentOne)
     EXPECT_EQ(keys(functionArray.array()), QList<int>({3, 2, 1}));
     direction = 1;
 
-    // Without a comparator nothing is added or found until one is set.
+    // Elements without an order of their own have no comparator until one is
+    // set: nothing is added or found, and each attempt says so.
     QVSortedArray<Item> unset;
+    QVLogCapture capture;
     unset.addObject(Item{1, 0});
+    unset.addObjectsFromArray({Item{2, 0}});
+    unset.setArray({Item{3, 0}});
+    unset.setArray({});
     EXPECT_EQ(unset.count(), 0u);
     EXPECT_EQ(unset.indexOfObjectForInsertion(Item{1, 0}), QVNotFound);
+    EXPECT_EQ(capture.lines(),
+              QStringList({u"QVSortedArray::addObject: the sorted array has no comparator; nothing was added. Fix this."_s,
+                           u"QVSortedArray::addObjectsFromArray: the sorted array has no comparator; nothing was "
+                           u"added. Fix this."_s,
+                           u"QVSortedArray::setArray: the sorted array has no comparator; nothing was added. Fix "
+                           u"this."_s}));
     unset.setComparator(compareKeys);
     unset.addObject(Item{1, 0});
     EXPECT_TRUE(unset.containsObject(Item{1, 5}));
+}
+
+TEST(QVSortedArrayTest, DefaultArrayOfOrderedElementsSortsNaturally)
+{
+    QVSortedArray<QString> words;
+    for (const QString &word : {u"pear"_s, u"\u00e9clair"_s, u"apple"_s, u"pear"_s})
+        words.addObject(word);
+    EXPECT_EQ(words.array(), QStringList({u"apple"_s, u"pear"_s, u"pear"_s, u"\u00e9clair"_s}));
+    EXPECT_EQ(words.indexOfObject(u"pear"_s), 1u);
+
+    QVSortedArray<int> numbers;
+    numbers.addObjectsFromArray({3, -1, 2});
+    EXPECT_EQ(numbers.array(), QList<int>({-1, 2, 3}));
 }
 
 TEST(QVSortedArrayTest, ConcurrentSortEqualsTheSerialStableSort)
