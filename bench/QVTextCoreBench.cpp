@@ -46,9 +46,9 @@ QVAttributedString generateText(qsizetype size)
         if (QVMaxRange(word) > quint64(text.size()))
             break;
         if (i % 2 == 0)
-            attributed.addAttribute(QVFontWeightAttributeName.toString(), 700, word);
+            attributed.addAttribute(QVFontWeightAttributeName, 700, word);
         else
-            attributed.addAttribute(QVForegroundColorAttributeName.toString(), QColor(Qt::red), word);
+            attributed.addAttribute(QVForegroundColorAttributeName, QColor(Qt::red), word);
     }
     return attributed;
 }

@@ -25,7 +25,7 @@ QString genericDescription(qint64 code)
     QString text = QVBundle::localizedString(u"error-generic-description"_s,
                                              u"Please report this error and the steps to reproduce it."_s, u"Errors"_s);
     text += u"\n\n"_s;
-    text += QVErrorDomain.toString() + u" Code "_s + QString::number(code) + u'\n';
+    text += QVErrorDomain + u" Code "_s + QString::number(code) + u'\n';
     text += QVBundle::bundleIdentifier() + u'\n';
     text += QVBundle::applicationName() + u' ' + QVBundle::shortVersionString() + u'\n';
     const QVOSRelease system = QVOSRelease::current();
@@ -43,9 +43,9 @@ QVError QVError::errorWithDomain(const QString &domain, qint64 code, const QStri
         return QVError();
     QVariantMap details = userInfo;
     if (!title.isEmpty())
-        details.insert(QVLocalizedDescriptionKey.toString(), title);
+        details.insert(QVLocalizedDescriptionKey, title);
     if (!description.isEmpty())
-        details.insert(QVLocalizedRecoverySuggestionErrorKey.toString(), description);
+        details.insert(QVLocalizedRecoverySuggestionErrorKey, description);
     return QVError(domain, code, details);
 }
 
@@ -72,7 +72,7 @@ QVError QVError::quoveraErrorWithCode(qint64 code, const QString &title, const Q
         title.isEmpty() ? QVBundle::localizedString(u"error-generic-title"_s, u"An error occurred."_s, u"Errors"_s)
                         : title;
     const QString effectiveDescription = description.isEmpty() ? genericDescription(code) : description;
-    return errorWithDomain(QVErrorDomain.toString(), code, effectiveTitle, effectiveDescription, userInfo);
+    return errorWithDomain(QVErrorDomain, code, effectiveTitle, effectiveDescription, userInfo);
 }
 
 QVError QVError::quoveraUnknownError()

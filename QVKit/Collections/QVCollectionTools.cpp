@@ -464,7 +464,7 @@ QVariant QVCollectionTools::jsonCollection(const char *operation, const QString 
     if (parseError.error != QJsonParseError::NoError && error) {
         const QString reason = u"%1 around byte %2."_s.arg(parseError.errorString()).arg(parseError.offset);
         *error = QVError(QVCocoaErrorDomain, QVPropertyListReadCorruptError,
-                         QVariantMap{{QVDebugDescriptionErrorKey.toString(), reason}});
+                         QVariantMap{{QVDebugDescriptionErrorKey, reason}});
         QVLog("%@ JSONError: %@", name, *error);
         return {};
     }

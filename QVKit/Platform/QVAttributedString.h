@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QVKit/Platform/QVStringConstant.h>
 #include <QVKit/Platform/QVRange.h>
 #include <QVKit/QVKitExport.h>
 
@@ -21,19 +22,19 @@ using QVTextAttributes = QVariantMap;
 // Attributes that text widgets show. Any other name is carried along with the
 // text and round-trips through a widget's text storage without being drawn.
 /** Font family, a QString. */
-inline constexpr QStringView QVFontFamilyAttributeName = u"QVFontFamily";
+inline constexpr QVStringConstant QVFontFamilyAttributeName = u"QVFontFamily";
 /** Font point size, a double. */
-inline constexpr QStringView QVFontPointSizeAttributeName = u"QVFontPointSize";
+inline constexpr QVStringConstant QVFontPointSizeAttributeName = u"QVFontPointSize";
 /** Font weight, an int on QFont::Weight's scale (400 normal, 700 bold). */
-inline constexpr QStringView QVFontWeightAttributeName = u"QVFontWeight";
+inline constexpr QVStringConstant QVFontWeightAttributeName = u"QVFontWeight";
 /** Italic, a bool. */
-inline constexpr QStringView QVFontItalicAttributeName = u"QVFontItalic";
+inline constexpr QVStringConstant QVFontItalicAttributeName = u"QVFontItalic";
 /** Underline, a bool. */
-inline constexpr QStringView QVUnderlineAttributeName = u"QVUnderline";
+inline constexpr QVStringConstant QVUnderlineAttributeName = u"QVUnderline";
 /** Text colour, a QColor. */
-inline constexpr QStringView QVForegroundColorAttributeName = u"QVForegroundColor";
+inline constexpr QVStringConstant QVForegroundColorAttributeName = u"QVForegroundColor";
 /** Colour behind the text, a QColor. */
-inline constexpr QStringView QVBackgroundColorAttributeName = u"QVBackgroundColor";
+inline constexpr QVStringConstant QVBackgroundColorAttributeName = u"QVBackgroundColor";
 
 /** Enumeration options of QVAttributedString::enumerateAttribute(s). */
 enum QVAttributedStringEnumerationOption : quint64 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QVKit/Platform/QVStringConstant.h>
 #include <QVKit/QVKitExport.h>
 
 #include <QtCore/QMetaType>
@@ -12,9 +13,9 @@
 // Domains, codes and detail keys of the errors the library makes or recognises.
 // The texts are the well-known ones, so that details survive a round trip
 // through a property list written elsewhere.
-inline constexpr QStringView QVCocoaErrorDomain = u"NSCocoaErrorDomain";
-inline constexpr QStringView QVURLErrorDomain = u"NSURLErrorDomain";
-inline constexpr QStringView QVPOSIXErrorDomain = u"NSPOSIXErrorDomain";
+inline constexpr QVStringConstant QVCocoaErrorDomain = u"NSCocoaErrorDomain";
+inline constexpr QVStringConstant QVURLErrorDomain = u"NSURLErrorDomain";
+inline constexpr QVStringConstant QVPOSIXErrorDomain = u"NSPOSIXErrorDomain";
 
 inline constexpr qint64 QVUserCancelledError = 3072;
 inline constexpr qint64 QVURLErrorCancelled = -999;
@@ -24,17 +25,17 @@ inline constexpr qint64 QVFileWriteUnknownError = 512;
 inline constexpr qint64 QVPropertyListReadCorruptError = 3840;
 inline constexpr qint64 QVPropertyListWriteInvalidError = 3852;
 
-inline constexpr QStringView QVLocalizedDescriptionKey = u"NSLocalizedDescription";
-inline constexpr QStringView QVLocalizedRecoverySuggestionErrorKey = u"NSLocalizedRecoverySuggestion";
-inline constexpr QStringView QVLocalizedFailureReasonErrorKey = u"NSLocalizedFailureReason";
-inline constexpr QStringView QVDebugDescriptionErrorKey = u"NSDebugDescription";
-inline constexpr QStringView QVUnderlyingErrorKey = u"NSUnderlyingError";
-inline constexpr QStringView QVMultipleUnderlyingErrorsKey = u"NSMultipleUnderlyingErrorsKey";
-inline constexpr QStringView QVFilePathErrorKey = u"NSFilePath";
-inline constexpr QStringView QVURLErrorKey = u"NSURL";
+inline constexpr QVStringConstant QVLocalizedDescriptionKey = u"NSLocalizedDescription";
+inline constexpr QVStringConstant QVLocalizedRecoverySuggestionErrorKey = u"NSLocalizedRecoverySuggestion";
+inline constexpr QVStringConstant QVLocalizedFailureReasonErrorKey = u"NSLocalizedFailureReason";
+inline constexpr QVStringConstant QVDebugDescriptionErrorKey = u"NSDebugDescription";
+inline constexpr QVStringConstant QVUnderlyingErrorKey = u"NSUnderlyingError";
+inline constexpr QVStringConstant QVMultipleUnderlyingErrorsKey = u"NSMultipleUnderlyingErrorsKey";
+inline constexpr QVStringConstant QVFilePathErrorKey = u"NSFilePath";
+inline constexpr QVStringConstant QVURLErrorKey = u"NSURL";
 
 /** The library's own error domain and codes. */
-inline constexpr QStringView QVErrorDomain = u"QVErrorDomain";
+inline constexpr QVStringConstant QVErrorDomain = u"QVErrorDomain";
 inline constexpr qint64 QVErrorCodeUnknown = 0;
 inline constexpr qint64 QVErrorCodeFileCreatedWithNewerVersion = 100;
 
@@ -53,6 +54,10 @@ public:
     QVError();
     QVError(const QString &domain, qint64 code, const QVariantMap &userInfo = {});
     QVError(QStringView domain, qint64 code, const QVariantMap &userInfo = {});
+    QVError(QVStringConstant domain, qint64 code, const QVariantMap &userInfo = {})
+        : QVError(domain.toString(), code, userInfo)
+    {
+    }
     QVError(const QVError &other);
     QVError(QVError &&other) noexcept;
     QVError &operator=(const QVError &other);

@@ -26,9 +26,9 @@ constexpr int kMaxDepth = 512;
 
 QVError makeError(qint64 code, const QString &description, const QString &path = {})
 {
-    QVariantMap userInfo{{QVLocalizedDescriptionKey.toString(), description}};
+    QVariantMap userInfo{{QVLocalizedDescriptionKey, description}};
     if (!path.isEmpty())
-        userInfo.insert(QVFilePathErrorKey.toString(), path);
+        userInfo.insert(QVFilePathErrorKey, path);
     return QVError(QVCocoaErrorDomain, code, userInfo);
 }
 
@@ -864,7 +864,7 @@ QVariant QVPropertyListSerialization::propertyListWithContentsOfFile(const QStri
     QVariant result = propertyListWithData(file.readAll(), &parseError);
     if (!result.isValid() && error) {
         QVariantMap userInfo = parseError.userInfo();
-        userInfo.insert(QVFilePathErrorKey.toString(), path);
+        userInfo.insert(QVFilePathErrorKey, path);
         *error = QVError(parseError.domain(), parseError.code(), userInfo);
     }
     return result;

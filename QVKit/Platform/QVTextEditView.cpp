@@ -148,25 +148,25 @@ QVTextAttributes attributesFromFormat(const QTextCharFormat &format)
     if (format.hasProperty(QTextFormat::FontFamilies)) {
         const QStringList families = format.property(QTextFormat::FontFamilies).toStringList();
         if (!families.isEmpty())
-            attributes.insert(QVFontFamilyAttributeName.toString(), families.constFirst());
+            attributes.insert(QVFontFamilyAttributeName, families.constFirst());
     } else if (format.hasProperty(QTextFormat::FontFamily)) {
-        attributes.insert(QVFontFamilyAttributeName.toString(), format.stringProperty(QTextFormat::FontFamily));
+        attributes.insert(QVFontFamilyAttributeName, format.stringProperty(QTextFormat::FontFamily));
     }
     if (format.hasProperty(QTextFormat::FontPointSize))
-        attributes.insert(QVFontPointSizeAttributeName.toString(), format.doubleProperty(QTextFormat::FontPointSize));
+        attributes.insert(QVFontPointSizeAttributeName, format.doubleProperty(QTextFormat::FontPointSize));
     if (format.hasProperty(QTextFormat::FontWeight))
-        attributes.insert(QVFontWeightAttributeName.toString(), format.intProperty(QTextFormat::FontWeight));
+        attributes.insert(QVFontWeightAttributeName, format.intProperty(QTextFormat::FontWeight));
     if (format.hasProperty(QTextFormat::FontItalic))
-        attributes.insert(QVFontItalicAttributeName.toString(), format.boolProperty(QTextFormat::FontItalic));
+        attributes.insert(QVFontItalicAttributeName, format.boolProperty(QTextFormat::FontItalic));
     if (format.hasProperty(QTextFormat::TextUnderlineStyle))
-        attributes.insert(QVUnderlineAttributeName.toString(),
+        attributes.insert(QVUnderlineAttributeName,
                           format.underlineStyle() != QTextCharFormat::NoUnderline);
     else if (format.hasProperty(QTextFormat::FontUnderline))
-        attributes.insert(QVUnderlineAttributeName.toString(), format.boolProperty(QTextFormat::FontUnderline));
+        attributes.insert(QVUnderlineAttributeName, format.boolProperty(QTextFormat::FontUnderline));
     if (format.hasProperty(QTextFormat::ForegroundBrush))
-        attributes.insert(QVForegroundColorAttributeName.toString(), format.foreground().color());
+        attributes.insert(QVForegroundColorAttributeName, format.foreground().color());
     if (format.hasProperty(QTextFormat::BackgroundBrush))
-        attributes.insert(QVBackgroundColorAttributeName.toString(), format.background().color());
+        attributes.insert(QVBackgroundColorAttributeName, format.background().color());
     const QVariantMap carried = format.property(CarriedAttributesProperty).toMap();
     for (auto it = carried.cbegin(); it != carried.cend(); ++it)
         attributes.insert(it.key(), it.value());

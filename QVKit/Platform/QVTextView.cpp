@@ -41,7 +41,7 @@ bool QVTextView::shouldChangeTextInRanges(const QVRangeList &ranges,
 void QVTextView::didChangeText()
 {
     Q_EMIT textDidChange();
-    QVNotificationCenter::defaultCenter()->postNotificationName(QVTextDidChangeNotification.toString(), this);
+    QVNotificationCenter::defaultCenter()->postNotificationName(QVTextDidChangeNotification, this);
 }
 
 QVTextView::ShouldChangeTextDelegate QVTextView::shouldChangeTextDelegate() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QVKit/Platform/QVStringConstant.h>
 #include <QVKit/Platform/QVAttributedString.h>
 #include <QVKit/Platform/QVRange.h>
 #include <QVKit/QVKitExport.h>
@@ -19,7 +20,7 @@ class QVUndoManager;
 class QVTextView;
 
 /** Posted on the default notification centre by QVTextView::didChangeText(), with the view as object. */
-inline constexpr QStringView QVTextDidChangeNotification = u"QVTextDidChangeNotification";
+inline constexpr QVStringConstant QVTextDidChangeNotification = u"QVTextDidChangeNotification";
 
 /**
  * The mutable attributed text a text view shows. Edits between beginEditing()

@@ -729,6 +729,6 @@ void QVUserDefaults::scheduleWrite()
 void QVUserDefaults::notifyChange()
 {
     Q_EMIT didChange();
-    QVNotificationCenter::defaultCenter()->postNotificationName(QVUserDefaultsDidChangeNotification.toString(),
+    QVNotificationCenter::defaultCenter()->postNotificationName(QVUserDefaultsDidChangeNotification,
                                                                 this);
 }

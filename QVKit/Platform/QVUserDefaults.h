@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QVKit/Platform/QVStringConstant.h>
 #include <QVKit/QVKitExport.h>
 
 #include <QtCore/QObject>
@@ -11,7 +12,7 @@
 #include <memory>
 
 /** Posted on the default notification centre, object: the store, whenever its contents change. */
-inline constexpr QStringView QVUserDefaultsDidChangeNotification = u"QVUserDefaultsDidChangeNotification";
+inline constexpr QVStringConstant QVUserDefaultsDidChangeNotification = u"QVUserDefaultsDidChangeNotification";
 
 /**
  * The per-user settings store: property-list values under string keys.

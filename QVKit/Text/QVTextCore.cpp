@@ -626,7 +626,7 @@ const QList<DelimiterPair> &builtInDelimiterPairs()
 QList<DelimiterPair> customDelimiterPairs(QVUserDefaults *defaults)
 {
     QList<DelimiterPair> pairs;
-    const QVariantList entries = defaults->arrayForKey(QVTextDelimitersCustomPairs.toString());
+    const QVariantList entries = defaults->arrayForKey(QVTextDelimitersCustomPairs);
     for (const QVariant &entry : entries) {
         const QMetaType type = entry.metaType();
         const bool isList = type == QMetaType::fromType<QVariantList>() || type == QMetaType::fromType<QStringList>();
@@ -847,7 +847,7 @@ bool QVTextCore::stringsMatchingDelimiter(const QString &delimiter, QString *ope
     QString foundOpen = delimiter;
     QString foundClose = delimiter;
 
-    const QString matchingKey = QVTextDelimitersUseDelimiterMatching.toString();
+    const QString matchingKey = QVTextDelimitersUseDelimiterMatching;
     const bool matching = !defaults->objectForKey(matchingKey).isValid() || defaults->boolForKey(matchingKey);
     if (matching) {
         const QList<DelimiterPair> custom = customDelimiterPairs(defaults);
@@ -864,7 +864,7 @@ bool QVTextCore::stringsMatchingDelimiter(const QString &delimiter, QString *ope
         }
         if (found) {
             bool disabled = false;
-            const QVariantList switchedOff = defaults->arrayForKey(QVTextDelimitersDisabledMatches.toString());
+            const QVariantList switchedOff = defaults->arrayForKey(QVTextDelimitersDisabledMatches);
             for (const QVariant &entry : switchedOff)
                 disabled = disabled || (isString(entry) && entry.toString() == found->open);
             if (!disabled) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QVKit/Platform/QVStringConstant.h>
 #include <QVKit/Platform/QVAttributedString.h>
 #include <QVKit/Platform/QVRange.h>
 #include <QVKit/QVKitExport.h>
@@ -42,11 +43,11 @@ enum QVTextCoreOperation : quint64 {
 
 // User-default keys read by delimiter matching (QVUserDefaults::standardUserDefaults()).
 /** bool, true when unset; false uses every delimiter as both its opening and its closing delimiter. */
-inline constexpr QStringView QVTextDelimitersUseDelimiterMatching = u"QVTextDelimitersUseDelimiterMatching";
+inline constexpr QVStringConstant QVTextDelimitersUseDelimiterMatching = u"QVTextDelimitersUseDelimiterMatching";
 /** A list of [open, close] string lists, looked at before the built-in pairs; other entries are skipped. */
-inline constexpr QStringView QVTextDelimitersCustomPairs = u"QVTextDelimitersCustomPairs";
+inline constexpr QVStringConstant QVTextDelimitersCustomPairs = u"QVTextDelimitersCustomPairs";
 /** A list of opening delimiters whose matching is switched off: each is used as both open and close. */
-inline constexpr QStringView QVTextDelimitersDisabledMatches = u"QVTextDelimitersDisabledMatches";
+inline constexpr QVStringConstant QVTextDelimitersDisabledMatches = u"QVTextDelimitersDisabledMatches";
 
 /**
  * The text transformations on plain and attributed text: case conversion,

@@ -12,11 +12,11 @@ namespace {
 
 QVariantMap wrapping(const QVError &error)
 {
-    return {{QVUnderlyingErrorKey.toString(), QVariant::fromValue(error)}};
+    return {{QVUnderlyingErrorKey, QVariant::fromValue(error)}};
 }
 
-const QString descriptionKey = QVLocalizedDescriptionKey.toString();
-const QString suggestionKey = QVLocalizedRecoverySuggestionErrorKey.toString();
+const QString descriptionKey = QVLocalizedDescriptionKey;
+const QString suggestionKey = QVLocalizedRecoverySuggestionErrorKey;
 
 } // namespace
 
@@ -58,11 +58,11 @@ TEST(QVErrorAdditionsTest, Cancellation)
         {"two levels deep", twoDeep, true},
         {"three levels, not cancelled", QVError(u"A"_s, 1, wrapping(QVError(u"B"_s, 2, wrapping(QVError(u"C"_s, 3))))), false},
         {"in the list of several",
-         QVError(u"A"_s, 1, {{QVMultipleUnderlyingErrorsKey.toString(), QVariantList{QVariant::fromValue(urlCancelled)}}}), true},
+         QVError(u"A"_s, 1, {{QVMultipleUnderlyingErrorsKey, QVariantList{QVariant::fromValue(urlCancelled)}}}), true},
         {"the list is one level only",
          QVError(u"A"_s, 1,
-                 {{QVMultipleUnderlyingErrorsKey.toString(),
-                   QVariantList{QVariant::fromValue(QVError(u"B"_s, 2, {{QVMultipleUnderlyingErrorsKey.toString(),
+                 {{QVMultipleUnderlyingErrorsKey,
+                   QVariantList{QVariant::fromValue(QVError(u"B"_s, 2, {{QVMultipleUnderlyingErrorsKey,
                                                                         QVariantList{QVariant::fromValue(cancelled)}}}))}}}),
          false},
         {"null error", QVError(), false},

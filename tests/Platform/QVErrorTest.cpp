@@ -27,8 +27,8 @@ TEST(QVErrorTest, DetailsAndDescriptions)
                                    u"completed. (NSCocoaErrorDomain error 3072.)\" UserInfo={}"_s);
 
     const QVError titled(u"QVErrorDomain"_s, std::numeric_limits<qint64>::min(),
-                         {{QVLocalizedDescriptionKey.toString(), u"Kaputt \u00fcberall"_s},
-                          {QVLocalizedRecoverySuggestionErrorKey.toString(), u"Neu starten."_s}});
+                         {{QVLocalizedDescriptionKey, u"Kaputt \u00fcberall"_s},
+                          {QVLocalizedRecoverySuggestionErrorKey, u"Neu starten."_s}});
     EXPECT_EQ(titled.code(), std::numeric_limits<qint64>::min());
     EXPECT_EQ(titled.localizedDescription(), u"Kaputt \u00fcberall"_s);
     EXPECT_EQ(titled.localizedRecoverySuggestion(), u"Neu starten."_s);
@@ -38,15 +38,15 @@ TEST(QVErrorTest, DetailsAndDescriptions)
 TEST(QVErrorTest, ErrorsNestThroughTheirDetails)
 {
     const QVError cancelled(QVURLErrorDomain, QVURLErrorCancelled);
-    const QVError middle(u"B"_s, 2, {{QVUnderlyingErrorKey.toString(), QVariant::fromValue(cancelled)}});
-    const QVError top(u"A"_s, 1, {{QVUnderlyingErrorKey.toString(), QVariant::fromValue(middle)}});
+    const QVError middle(u"B"_s, 2, {{QVUnderlyingErrorKey, QVariant::fromValue(cancelled)}});
+    const QVError top(u"A"_s, 1, {{QVUnderlyingErrorKey, QVariant::fromValue(middle)}});
 
     EXPECT_EQ(top.underlyingError(), middle);
     EXPECT_EQ(top.underlyingError().underlyingError(), cancelled);
     EXPECT_TRUE(cancelled.underlyingError().isNull());
 
     const QVError several(u"C"_s, 3,
-                          {{QVMultipleUnderlyingErrorsKey.toString(),
+                          {{QVMultipleUnderlyingErrorsKey,
                             QVariantList{QVariant::fromValue(cancelled), u"not an error"_s, QVariant::fromValue(top)}}});
     EXPECT_EQ(several.underlyingErrors(), (QList<QVError>{cancelled, top}));
 }

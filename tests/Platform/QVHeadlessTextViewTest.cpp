@@ -37,7 +37,7 @@ TEST(QVHeadlessTextViewTest, PermissionRecordsSnapshotForUndoAndRedo)
     QVTextStorage *storage = view.textStorage();
     int notifications = 0;
     QObject context;
-    QVNotificationCenter::defaultCenter()->addObserver(QVTextDidChangeNotification.toString(), &view, &context,
+    QVNotificationCenter::defaultCenter()->addObserver(QVTextDidChangeNotification, &view, &context,
                                                        [&](const QVNotification &) { ++notifications; });
 
     view.setShouldChangeTextDelegate([](QVTextView *, const QVRangeList &ranges, const std::optional<QStringList> &) {

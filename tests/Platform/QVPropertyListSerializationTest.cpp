@@ -334,7 +334,7 @@ TEST(QVPropertyListSerializationTest, RejectsMalformedInput)
         QVError error;
         const QVariant value = PL::propertyListWithData(row.xml, &error);
         EXPECT_FALSE(value.isValid());
-        EXPECT_EQ(error.domain(), QVCocoaErrorDomain.toString());
+        EXPECT_EQ(error.domain(), QVCocoaErrorDomain);
         EXPECT_EQ(error.code(), QVPropertyListReadCorruptError);
         EXPECT_TRUE(error.localizedDescription().contains(QString::fromUtf8(row.message)))
             << qPrintable(error.localizedDescription());
@@ -498,7 +498,7 @@ TEST(QVPropertyListSerializationTest, RefusesToWriteWhatIsNotAPropertyList)
 
         QVError error;
         EXPECT_TRUE(PL::dataWithPropertyList(row.value, &error).isNull());
-        EXPECT_EQ(error.domain(), QVCocoaErrorDomain.toString());
+        EXPECT_EQ(error.domain(), QVCocoaErrorDomain);
         EXPECT_EQ(error.code(), QVPropertyListWriteInvalidError);
         EXPECT_TRUE(error.localizedDescription().contains(QString::fromUtf8(row.message)))
             << qPrintable(error.localizedDescription());
@@ -521,7 +521,7 @@ TEST(QVPropertyListSerializationTest, ReportsFileAndDeviceFailures)
     QVError error;
     const QString missing = dir.filePath(u"missing.plist"_s);
     EXPECT_FALSE(PL::propertyListWithContentsOfFile(missing, &error).isValid());
-    EXPECT_EQ(error.domain(), QVCocoaErrorDomain.toString());
+    EXPECT_EQ(error.domain(), QVCocoaErrorDomain);
     EXPECT_EQ(error.code(), QVFileReadNoSuchFileError);
     EXPECT_EQ(error.userInfoValue(QVFilePathErrorKey).toString(), missing);
     EXPECT_TRUE(error.localizedDescription().contains(u"missing.plist"_s));

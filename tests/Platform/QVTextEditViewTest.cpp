@@ -24,13 +24,13 @@ const QVariant NullMarker = QVariant::fromValue(nullptr);
 QVTextAttributes richAttributes()
 {
     return {
-        {QVFontFamilyAttributeName.toString(), u"DejaVu Sans"_s},
-        {QVFontPointSizeAttributeName.toString(), 13.5},
-        {QVFontWeightAttributeName.toString(), 700},
-        {QVFontItalicAttributeName.toString(), true},
-        {QVUnderlineAttributeName.toString(), false},
-        {QVForegroundColorAttributeName.toString(), QColor(Qt::red)},
-        {QVBackgroundColorAttributeName.toString(), QColor(0x11, 0x22, 0x33)},
+        {QVFontFamilyAttributeName, u"DejaVu Sans"_s},
+        {QVFontPointSizeAttributeName, 13.5},
+        {QVFontWeightAttributeName, 700},
+        {QVFontItalicAttributeName, true},
+        {QVUnderlineAttributeName, false},
+        {QVForegroundColorAttributeName, QColor(Qt::red)},
+        {QVBackgroundColorAttributeName, QColor(0x11, 0x22, 0x33)},
         {u"QVLink"_s, u"https://example.org/ü"_s},
         {u"QVMarks"_s, QVariantList{1, NullMarker}},
     };
@@ -48,8 +48,8 @@ TEST(QVTextEditViewTest, AttributesRoundTripThroughCharFormats)
     QVAttributedString source(u"plain "_s);
     source.appendAttributedString(QVAttributedString(text, richAttributes()));
     // Values a format cannot show travel like any other attribute.
-    const QVTextAttributes odd{{QVFontWeightAttributeName.toString(), u"heavy"_s},
-                               {QVForegroundColorAttributeName.toString(), NullMarker}};
+    const QVTextAttributes odd{{QVFontWeightAttributeName, u"heavy"_s},
+                               {QVForegroundColorAttributeName, NullMarker}};
     source.appendAttributedString(QVAttributedString(u" odd"_s, odd));
     storage->replaceCharactersInRange(QVMakeRange(0, 0), source);
 
@@ -66,13 +66,13 @@ TEST(QVTextEditViewTest, AttributesRoundTripThroughCharFormats)
     EXPECT_TRUE(cursor.charFormat().fontItalic());
 
     // Adding and removing keep the other attributes, the carried ones included.
-    storage->addAttribute(QVFontItalicAttributeName.toString(), false, QVMakeRange(6, 3));
+    storage->addAttribute(QVFontItalicAttributeName, false, QVMakeRange(6, 3));
     storage->removeAttribute(u"QVLink"_s, QVMakeRange(7, 2));
-    storage->addAttributes({{u"QVLink"_s, u"x"_s}, {QVUnderlineAttributeName.toString(), true}}, QVMakeRange(0, 1));
+    storage->addAttributes({{u"QVLink"_s, u"x"_s}, {QVUnderlineAttributeName, true}}, QVMakeRange(0, 1));
     QVAttributedString expected = source;
-    expected.addAttribute(QVFontItalicAttributeName.toString(), false, QVMakeRange(6, 3));
+    expected.addAttribute(QVFontItalicAttributeName, false, QVMakeRange(6, 3));
     expected.removeAttribute(u"QVLink"_s, QVMakeRange(7, 2));
-    expected.addAttributes({{u"QVLink"_s, u"x"_s}, {QVUnderlineAttributeName.toString(), true}}, QVMakeRange(0, 1));
+    expected.addAttributes({{u"QVLink"_s, u"x"_s}, {QVUnderlineAttributeName, true}}, QVMakeRange(0, 1));
     EXPECT_EQ(storage->attributedString(), expected) << storage->attributedString().description().toStdString();
 
     storage->setAttributes({}, QVMakeRange(0, storage->length()));
@@ -85,7 +85,7 @@ TEST(QVTextEditViewTest, MultiLineReplacementKeepsPositions)
     QVTextEditView view(&edit);
     QVTextStorage *storage = view.textStorage();
     edit.setPlainText(u"first\nsecond"_s);
-    const QVTextAttributes bold{{QVFontWeightAttributeName.toString(), 700}};
+    const QVTextAttributes bold{{QVFontWeightAttributeName, 700}};
     storage->replaceCharactersInRange(QVMakeRange(3, 6), QVAttributedString(u"A\nB\r\nC"_s, bold));
     // "\r\n" is two code units, so it becomes two block separators: positions stay one per code unit.
     EXPECT_EQ(storage->string(), u"firA\nB\n\nCond"_s);
@@ -155,7 +155,7 @@ TEST(QVTextEditViewTest, EditingPassIsOneNamedUndoStep)
     storage->beginEditing();
     storage->replaceCharactersInRange(QVMakeRange(6, 5), u"wörld\nline 😀"_s);
     storage->endEditing();
-    storage->addAttribute(QVFontWeightAttributeName.toString(), 700, QVMakeRange(0, 5));
+    storage->addAttribute(QVFontWeightAttributeName, 700, QVMakeRange(0, 5));
     storage->addAttribute(u"QVTag"_s, 1, QVMakeRange(0, 2));
     storage->endEditing();
     undo->setActionName(u"Fix"_s);

@@ -331,7 +331,7 @@ TEST_F(QVUserDefaultsTest, DidChangeFiresOnRealChangesOnly)
     int notifications = 0;
     QObject context;
     QVNotificationCenter::defaultCenter()->addObserver(
-        QVUserDefaultsDidChangeNotification.toString(), &defaults, &context,
+        QVUserDefaultsDidChangeNotification, &defaults, &context,
         [&](const QVNotification &) { ++notifications; });
 
     const struct Step

@@ -18,8 +18,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString bold = QVFontWeightAttributeName.toString();
-const QString colour = QVForegroundColorAttributeName.toString();
+const QString bold = QVFontWeightAttributeName;
+const QString colour = QVForegroundColorAttributeName;
 
 // Sets the default locale for one scope and restores the previous one.
 class DefaultLocale
@@ -290,9 +290,9 @@ TEST(QVTextCoreTest, DelimiterMatching)
     };
     const QVariantList custom
         = {QVariantList {u"<<"_s, u">>"_s}, u"not a pair"_s, QVariantList {u"only"_s}, QVariantList {u"("_s, u"))"_s}};
-    const QString useMatching = QVTextDelimitersUseDelimiterMatching.toString();
-    const QString customPairs = QVTextDelimitersCustomPairs.toString();
-    const QString disabled = QVTextDelimitersDisabledMatches.toString();
+    const QString useMatching = QVTextDelimitersUseDelimiterMatching;
+    const QString customPairs = QVTextDelimitersCustomPairs;
+    const QString disabled = QVTextDelimitersDisabledMatches;
     const Row rows[] = {
         {"opening", {}, u"("_s, u"("_s, u")"_s},
         {"closing", {}, u"]"_s, u"["_s, u"]"_s},

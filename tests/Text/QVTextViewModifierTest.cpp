@@ -17,9 +17,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QVariant NullMarker = QVariant::fromValue(nullptr);
-const QString Weight = QVFontWeightAttributeName.toString();
-const QString Color = QVForegroundColorAttributeName.toString();
-const QString Family = QVFontFamilyAttributeName.toString();
+const QString Weight = QVFontWeightAttributeName;
+const QString Color = QVForegroundColorAttributeName;
+const QString Family = QVFontFamilyAttributeName;
 
 struct HeadlessFactory
 {

@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString weight = QVFontWeightAttributeName.toString();
+const QString weight = QVFontWeightAttributeName;
 
 // The view under test, with the widget it may stand on.
 struct ViewUnderTest
