@@ -5,6 +5,7 @@
 #include <QtCore/QMap>
 #include <QtCore/QStringList>
 
+#include <initializer_list>
 #include <optional>
 
 /** Option names mapped to the values that followed them, in name order. */
@@ -28,6 +29,21 @@ public:
     QVCommandLine();
     /** Parses the given arguments, the first being the launch path; std::nullopt parses the process's own. */
     explicit QVCommandLine(const std::optional<QStringList> &arguments);
+    /** Parses the given arguments, the first being the launch path; an empty list has none. */
+    explicit QVCommandLine(const QStringList &arguments)
+        : QVCommandLine(std::optional<QStringList>(arguments))
+    {
+    }
+    /** QVCommandLine({u"tool"_s, u"build"_s, u"-v"_s}). */
+    QVCommandLine(std::initializer_list<QString> arguments)
+        : QVCommandLine(QStringList(arguments))
+    {
+    }
+    /** A command line of the launch path alone. */
+    explicit QVCommandLine(const QString &launchPath)
+        : QVCommandLine(QStringList{launchPath})
+    {
+    }
 
     /** The process's own command line, parsed once on first use. */
     static const QVCommandLine &commandLine();

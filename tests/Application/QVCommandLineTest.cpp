@@ -116,3 +116,23 @@ TEST(QVCommandLineTest, Description)
         << description.toStdString();
     EXPECT_TRUE(parse(u"tool"_s).description().endsWith(u"actions: ()\noptions: (null)"_s));
 }
+
+TEST(QVCommandLineTest, ConstructedFromAListAnInitializerListOrOneString)
+{
+    const QVCommandLine fromList(QStringList{u"tool"_s, u"build"_s, u"-v"_s});
+    const QVCommandLine fromBraces({u"tool"_s, u"build"_s, u"-v"_s});
+    const QVCommandLine fromOptional(std::optional<QStringList>({u"tool"_s, u"build"_s, u"-v"_s}));
+    for (const QVCommandLine *line : {&fromList, &fromBraces, &fromOptional}) {
+        EXPECT_EQ(line->launchPath(), u"tool"_s);
+        EXPECT_EQ(line->actions(), QStringList{u"build"_s});
+        EXPECT_EQ(line->options(), QVCommandLineOptions({{u"v"_s, {}}}));
+    }
+
+    const QVCommandLine alone(u"/usr/bin/t\u00f6\u00f6l"_s);
+    EXPECT_EQ(alone.launchPath(), u"/usr/bin/t\u00f6\u00f6l"_s);
+    EXPECT_TRUE(alone.arguments().isEmpty());
+
+    // An empty list has no launch path; no list at all is the process's own.
+    EXPECT_TRUE(QVCommandLine(QStringList()).launchPath().isEmpty());
+    EXPECT_FALSE(QVCommandLine(std::nullopt).launchPath().isEmpty());
+}
