@@ -100,6 +100,80 @@ void replaceIfPresent(QString &text, QStringView tag, const QString &value)
         text.replace(tag.toString(), value, Qt::CaseInsensitive);
 }
 
+// The fixed texts by name, in the order of fixedTextTable.
+enum class FixedText {
+    ActionOK,
+    ActionCancel,
+    StateOn,
+    StateOff,
+    StateMixed,
+    StateIndeterminate,
+    StateActive,
+    StateInactive,
+    StateEnabled,
+    StateDisabled,
+    ActionEnable,
+    ActionDisable,
+    StateDefault,
+    StateAutomatic,
+    StateYes,
+    StateNo,
+    StateUnknown,
+    TitleUntitled,
+    TitleReset,
+    TitleResetEllipsis,
+    TitleDebug,
+    TitleDebugEllipsis,
+    SeparatorLabel,
+    SeparatorLabelWithSpace,
+    SymbolTruncationString,
+    SymbolAsteriskString,
+    FrequencyTimeNever,
+    FrequencyTimeDaily,
+    FrequencyTimeSemiweekly,
+    FrequencyTimeWeekly,
+    FrequencyTimeMonthly,
+    ObjectValueNil,
+    ObjectValueEmpty,
+    ObjectValueData,
+    ObjectValueOriginal,
+    GenericDisplay,
+    GenericKeyboard,
+    GenericTrackpad,
+    GenericMicrophone,
+    GenericWebcam,
+    GenericSpeakers,
+    NoticeNotForRelease,
+    NoticeRequiresAppRestart,
+    NoticeRequiresAppRestartLong,
+    NoticeNotUndoable,
+    TitleSettings,
+    TitleSettingsEllipsis,
+    TitleSystemSettings,
+    TitlePreferences,
+    TitlePreferencesEllipsis,
+    TitleSystemPreferences,
+    TitleInitialDate,
+    TitleLaunches,
+    TitleExceptions,
+    TitleCrashes,
+    TitleLastLaunch,
+    TitleLastException,
+    TitleLastCrashRecovery,
+    TitleAppRunTime,
+    TitleAppUsedTime,
+    TitleDocumentsOpened,
+    TitleDocumentsSaved,
+    TitleMostOpenedFileTypes,
+    TitleMostSavedFileTypes,
+    TitleMostDocumentsOpenAtOnce
+};
+
+QString fixedText(FixedText text)
+{
+    return lookup(fixedTextTable[static_cast<size_t>(text)]);
+}
+
 } // namespace
 
 static_assert(std::size(fixedTextTable) == 65, "one entry per fixed text");
@@ -109,10 +183,6 @@ std::span<const QVLocalizedTextEntry> QVLocalizedString::fixedTexts()
     return fixedTextTable;
 }
 
-QString QVLocalizedString::fixedText(FixedText text)
-{
-    return lookup(fixedTextTable[static_cast<size_t>(text)]);
-}
 
 QString QVLocalizedString::actionOK() { return fixedText(FixedText::ActionOK); }
 QString QVLocalizedString::actionCancel() { return fixedText(FixedText::ActionCancel); }

@@ -63,6 +63,9 @@ QVariant QVError::userInfoValue(QStringView key) const
 
 QString QVError::localizedDescription() const
 {
+    // No error has nothing to describe, not "( error 0.)".
+    if (isNull())
+        return {};
     const QString title = userInfoValue(QVLocalizedDescriptionKey).toString();
     if (!title.isEmpty())
         return title;
@@ -91,6 +94,8 @@ QList<QVError> QVError::underlyingErrors() const
 
 QString QVError::description() const
 {
+    if (isNull())
+        return {};
     return u"Error Domain=%1 Code=%2 \"%3\" UserInfo=%4"_s.arg(
         d->domain, QString::number(d->code), localizedDescription(), QVDescription(d->userInfo));
 }

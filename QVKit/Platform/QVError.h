@@ -73,7 +73,7 @@ public:
     /** The detail under a key; an invalid QVariant when there is none. */
     QVariant userInfoValue(QStringView key) const;
 
-    /** The title, or a generic sentence naming the domain and code. */
+    /** The title, or a generic sentence naming the domain and code; empty for a null error. */
     QString localizedDescription() const;
     /** The explanation under QVLocalizedRecoverySuggestionErrorKey, or a null string. */
     QString localizedRecoverySuggestion() const;
@@ -82,7 +82,7 @@ public:
     /** The list under QVMultipleUnderlyingErrorsKey; errors only, others skipped. */
     QList<QVError> underlyingErrors() const;
 
-    /** "Error Domain=<domain> Code=<code> \"<description>\" UserInfo={...}". */
+    /** "Error Domain=<domain> Code=<code> \"<description>\" UserInfo={...}"; empty for a null error. */
     QString description() const;
 
     /** True for the same domain, code and details. */

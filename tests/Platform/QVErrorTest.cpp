@@ -13,6 +13,10 @@ TEST(QVErrorTest, NullMeansNoError)
     EXPECT_TRUE(QVError::fromVariant(QVariant()).isNull());
     EXPECT_TRUE(QVError::fromVariant(QVariant(u"NSCocoaErrorDomain"_s)).isNull());
     EXPECT_TRUE(QVError().underlyingError().isNull());
+    // No error has nothing to say; an error with an empty domain still does.
+    EXPECT_TRUE(QVError().description().isEmpty());
+    EXPECT_TRUE(QVError().localizedDescription().isEmpty());
+    EXPECT_EQ(QVError(u""_s, 0).localizedDescription(), u"The operation couldn\u2019t be completed. ( error 0.)"_s);
 }
 
 TEST(QVErrorTest, DetailsAndDescriptions)
