@@ -161,8 +161,8 @@ void QVTextViewModifier::applyChange(QVTextStorage *storage, const QVAttributedS
     }
 }
 
-void QVTextViewModifier::modifyTextView(QVTextView *view, const QVRangeList &ranges, const QVariantList &replacements,
-                                        const QString &undoActionName)
+void QVTextViewModifier::modifyTextViewReplacements(QVTextView *view, const QVRangeList &ranges,
+                                                    const QVariantList &replacements, const QString &undoActionName)
 {
     if (!view || !view->isEditable() || ranges.isEmpty())
         return;
@@ -226,7 +226,7 @@ void QVTextViewModifier::modifyTextView(QVTextView *view, const QVRangeList &ran
     }
     if (registering) {
         undoManager->registerUndo([view = QPointer<QVTextView>(view), newRanges, oldTexts, undoActionName] {
-            modifyTextView(view, newRanges, oldTexts, undoActionName);
+            modifyTextViewReplacements(view, newRanges, oldTexts, undoActionName);
         });
     }
     storage->endEditing();
@@ -238,9 +238,11 @@ void QVTextViewModifier::modifyTextView(QVTextView *view, const QVRangeList &ran
     view->didChangeText();
 }
 
-void QVTextViewModifier::modifyTextView(QVTextView *view, quint64 operation, const QVRangeList &ranges,
-                                        const QString &beforeString, const QString &afterString,
-                                        const QString &undoActionName)
+void QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(QVTextView *view, quint64 operation,
+                                                                   const QVRangeList &ranges,
+                                                                   const QString &beforeString,
+                                                                   const QString &afterString,
+                                                                   const QString &undoActionName)
 {
     if (!view || !view->textStorage() || ranges.isEmpty())
         return;
@@ -302,10 +304,10 @@ void QVTextViewModifier::modifyTextView(QVTextView *view, quint64 operation, con
             if (!inner.isEmpty())
                 beforeAttributes = inner.attributesAtIndex(0);
             else if (range.location > 0)
-                beforeAttributes = storage->attributedSubstringFromRange(QVMakeRange(range.location - 1, 1))
-                                       .attributesAtIndex(0);
-            const QVTextAttributes afterAttributes =
-                inner.isEmpty() ? beforeAttributes : inner.attributesAtIndex(inner.length() - 1);
+                beforeAttributes
+                    = storage->attributedSubstringFromRange(QVMakeRange(range.location - 1, 1)).attributesAtIndex(0);
+            const QVTextAttributes afterAttributes
+                = inner.isEmpty() ? beforeAttributes : inner.attributesAtIndex(inner.length() - 1);
             replacement = QVAttributedString(beforeString, beforeAttributes);
             replacement.appendAttributedString(inner);
             replacement.appendAttributedString(QVAttributedString(afterString, afterAttributes));
@@ -316,10 +318,13 @@ void QVTextViewModifier::modifyTextView(QVTextView *view, quint64 operation, con
     modifyTextView(view, workRanges, undoActionName, producer);
 }
 
-void QVTextViewModifier::modifyTextView(QVTextView *view, quint64 operation, const QString &beforeString,
-                                        const QString &afterString, const QString &undoActionName)
+void QVTextViewModifier::modifyTextViewSelectedRangesPerformAroundRangeOperation(QVTextView *view, quint64 operation,
+                                                                                 const QString &beforeString,
+                                                                                 const QString &afterString,
+                                                                                 const QString &undoActionName)
 {
     if (!view)
         return;
-    modifyTextView(view, operation, view->selectedRanges(), beforeString, afterString, undoActionName);
+    modifyTextViewPerformAroundRangeOperation(view, operation, view->selectedRanges(), beforeString, afterString,
+                                              undoActionName);
 }

@@ -42,8 +42,8 @@ class QVKIT_EXPORT QVTextViewModifier
 {
 public:
     /** Gives the change for one range, or nothing to leave the range alone. */
-    using ChangeProducer =
-        std::function<std::optional<QVAttributedStringChange>(QVTextStorage *storage, QVRange range)>;
+    using ChangeProducer
+        = std::function<std::optional<QVAttributedStringChange>(QVTextStorage *storage, QVRange range)>;
 
     QVTextViewModifier() = delete;
 
@@ -70,8 +70,8 @@ public:
      * element makes the call do nothing. The edits form one editing pass of the
      * storage, so a widget's own undo history records them as one step.
      */
-    static void modifyTextView(QVTextView *view, const QVRangeList &ranges, const QVariantList &replacements,
-                               const QString &undoActionName);
+    static void modifyTextViewReplacements(QVTextView *view, const QVRangeList &ranges,
+                                           const QVariantList &replacements, const QString &undoActionName);
 
     /**
      * Wraps, unwraps or toggles each range with the two strings
@@ -79,12 +79,14 @@ public:
      * the inner text keeps its attributes and the results are selected.
      * An unknown operation does nothing.
      */
-    static void modifyTextView(QVTextView *view, quint64 operation, const QVRangeList &ranges,
-                               const QString &beforeString, const QString &afterString,
-                               const QString &undoActionName);
+    static void modifyTextViewPerformAroundRangeOperation(QVTextView *view, quint64 operation,
+                                                          const QVRangeList &ranges, const QString &beforeString,
+                                                          const QString &afterString, const QString &undoActionName);
     /** The around-range operation over the view's selected ranges. */
-    static void modifyTextView(QVTextView *view, quint64 operation, const QString &beforeString,
-                               const QString &afterString, const QString &undoActionName);
+    static void modifyTextViewSelectedRangesPerformAroundRangeOperation(QVTextView *view, quint64 operation,
+                                                                        const QString &beforeString,
+                                                                        const QString &afterString,
+                                                                        const QString &undoActionName);
 
 private:
     /** Applies one change to the storage, inside an editing pass; unknown types and actions are skipped. */

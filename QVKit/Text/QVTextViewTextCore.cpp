@@ -23,14 +23,13 @@ QString localized(const char *english)
 
 // Converting a range changes its text but keeps its attributes: the
 // converted attributed substring replaces the range.
-template <typename Convert>
-void modifySelectedRanges(QVTextView *view, const QString &undoActionName, Convert convert)
+template <typename Convert> void modifySelectedRanges(QVTextView *view, const QString &undoActionName, Convert convert)
 {
     QVTextViewModifier::modifyTextViewSelectedRanges(
         view, undoActionName,
         [convert](QVTextStorage *storage, QVRange range) -> std::optional<QVAttributedStringChange> {
             const QVAttributedString source = storage->attributedSubstringFromRange(range);
-            return QVAttributedStringChange::attributedStringChange(convert(source, QVRange{0, source.length()}));
+            return QVAttributedStringChange::attributedStringChange(convert(source, QVRange {0, source.length()}));
         });
 }
 
@@ -77,8 +76,8 @@ void convertToQuotationType(QVTextView *view, quint64 quotationType)
 
 void wrapSelectedRanges(QVTextView *view, const QString &before, const QString &after, const QString &undoActionName)
 {
-    QVTextViewModifier::modifyTextView(view, QVTextViewModifierAroundRangeOperationWrap, before, after,
-                                       undoActionName);
+    QVTextViewModifier::modifyTextViewSelectedRangesPerformAroundRangeOperation(
+        view, QVTextViewModifierAroundRangeOperationWrap, before, after, undoActionName);
 }
 
 void insertQuoteType(QVTextView *view, quint64 quoteType)

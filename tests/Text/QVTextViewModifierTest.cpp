@@ -52,11 +52,7 @@ struct TextEditFactory
 
 struct FactoryNames
 {
-    template <typename Factory>
-    static std::string GetName(int)
-    {
-        return Factory::name;
-    }
+    template <typename Factory> static std::string GetName(int) { return Factory::name; }
 };
 
 QVAttributedStringChange stringChange(const QString &text)
@@ -66,8 +62,7 @@ QVAttributedStringChange stringChange(const QString &text)
 
 } // namespace
 
-template <typename Factory>
-class QVTextViewModifierTest : public ::testing::Test
+template <typename Factory> class QVTextViewModifierTest : public ::testing::Test
 {
 protected:
     // A view over the text that counts the permission requests and change reports.
@@ -100,10 +95,9 @@ TYPED_TEST(QVTextViewModifierTest, ReplacementsShiftTheRangesAfterThem)
 {
     const QVAttributedString original(u"abcdefghijklmno"_s, {{Weight, 700}});
     QVTextView *view = this->makeView(original);
-    QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 3), QVMakeRange(10, 2)}, u"Replace"_s,
-                                       [](QVTextStorage *, QVRange range) {
-                                           return stringChange(range.location == 0 ? u"12345"_s : u"Z"_s);
-                                       });
+    QVTextViewModifier::modifyTextView(
+        view, {QVMakeRange(0, 3), QVMakeRange(10, 2)}, u"Replace"_s,
+        [](QVTextStorage *, QVRange range) { return stringChange(range.location == 0 ? u"12345"_s : u"Z"_s); });
     EXPECT_EQ(this->text(), u"12345defghijZmno"_s);
     EXPECT_EQ(view->selectedRanges(), QVRangeList({QVMakeRange(0, 5), QVMakeRange(12, 1)}));
     ASSERT_EQ(this->askedRanges.size(), 1) << "one permission request";
@@ -123,7 +117,7 @@ TYPED_TEST(QVTextViewModifierTest, ReplacementsShiftTheRangesAfterThem)
 TYPED_TEST(QVTextViewModifierTest, NothingProducedStillAsksAndReports)
 {
     QVTextView *view = this->makeView(QVAttributedString(u"héllo wörld"_s));
-    const QVRangeList ranges{QVMakeRange(1, 2), QVMakeRange(6, 0)};
+    const QVRangeList ranges {QVMakeRange(1, 2), QVMakeRange(6, 0)};
     int calls = 0;
     QVTextViewModifier::modifyTextView(view, ranges, u"Nothing"_s,
                                        [&](QVTextStorage *, QVRange) -> std::optional<QVAttributedStringChange> {
@@ -141,15 +135,15 @@ TYPED_TEST(QVTextViewModifierTest, NothingProducedStillAsksAndReports)
 TYPED_TEST(QVTextViewModifierTest, NoChangeKeepsItsUnshiftedRange)
 {
     QVTextView *view = this->makeView(QVAttributedString(u"0123456789"_s));
-    QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 2), QVMakeRange(5, 2), QVMakeRange(8, 1)}, QString(),
-                                       [](QVTextStorage *, QVRange range) -> std::optional<QVAttributedStringChange> {
-                                           if (range.location == 0)
-                                               return stringChange(u"ABCDEFGHI"_s);
-                                           if (range.location == 8)
-                                               return QVAttributedStringChange::attributesChange(
-                                                   {{Weight, 700}}, QVAttributeActionAdd);
-                                           return std::nullopt;
-                                       });
+    QVTextViewModifier::modifyTextView(
+        view, {QVMakeRange(0, 2), QVMakeRange(5, 2), QVMakeRange(8, 1)}, QString(),
+        [](QVTextStorage *, QVRange range) -> std::optional<QVAttributedStringChange> {
+            if (range.location == 0)
+                return stringChange(u"ABCDEFGHI"_s);
+            if (range.location == 8)
+                return QVAttributedStringChange::attributesChange({{Weight, 700}}, QVAttributeActionAdd);
+            return std::nullopt;
+        });
     EXPECT_EQ(this->text(), u"ABCDEFGHI23456789"_s);
     EXPECT_EQ(view->selectedRanges(), QVRangeList({QVMakeRange(0, 9), QVMakeRange(5, 2), QVMakeRange(15, 1)}))
         << "the no-change is not shifted, the attributes change is";
@@ -166,7 +160,7 @@ TYPED_TEST(QVTextViewModifierTest, RefusalAndReadOnlyChangeNothing)
     };
     this->allow = false;
     QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 4)}, u"Upper"_s, upper);
-    QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 4)}, QVariantList{u"x"_s}, u"Upper"_s);
+    QVTextViewModifier::modifyTextViewReplacements(view, {QVMakeRange(0, 4)}, QVariantList {u"x"_s}, u"Upper"_s);
     EXPECT_EQ(this->text(), u"text"_s);
     EXPECT_EQ(this->changes->count(), 0);
     EXPECT_FALSE(view->undoManager()->canUndo());
@@ -174,9 +168,9 @@ TYPED_TEST(QVTextViewModifierTest, RefusalAndReadOnlyChangeNothing)
     this->allow = true;
     view->setEditable(false);
     QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 4)}, u"Upper"_s, upper);
-    QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 4)}, QVariantList{u"x"_s}, u"Upper"_s);
-    QVTextViewModifier::modifyTextView(view, QVTextViewModifierAroundRangeOperationWrap, {QVMakeRange(0, 4)},
-                                       u"("_s, u")"_s, u"Wrap"_s);
+    QVTextViewModifier::modifyTextViewReplacements(view, {QVMakeRange(0, 4)}, QVariantList {u"x"_s}, u"Upper"_s);
+    QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(view, QVTextViewModifierAroundRangeOperationWrap,
+                                                                  {QVMakeRange(0, 4)}, u"("_s, u")"_s, u"Wrap"_s);
     EXPECT_EQ(this->text(), u"text"_s);
     EXPECT_TRUE(this->askedRanges.size() == 2) << "a read-only view is not even asked";
 
@@ -190,9 +184,8 @@ TYPED_TEST(QVTextViewModifierTest, RefusalAndReadOnlyChangeNothing)
 TYPED_TEST(QVTextViewModifierTest, EmptyUndoNameLeavesNamesAlone)
 {
     QVTextView *view = this->makeView(QVAttributedString(u"abc"_s));
-    const auto replaceWith = [](const QString &text) {
-        return [text](QVTextStorage *, QVRange) { return stringChange(text); };
-    };
+    const auto replaceWith
+        = [](const QString &text) { return [text](QVTextStorage *, QVRange) { return stringChange(text); }; };
     QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 1)}, u"First"_s, replaceWith(u"x"_s));
     QVTextViewModifier::modifyTextView(view, {QVMakeRange(1, 1)}, QString(), replaceWith(u"y"_s));
     EXPECT_EQ(this->text(), u"xyc"_s);
@@ -204,7 +197,7 @@ TYPED_TEST(QVTextViewModifierTest, EmptyUndoNameLeavesNamesAlone)
 
 TYPED_TEST(QVTextViewModifierTest, AttributeChangesFollowTheirRules)
 {
-    const QVTextAttributes base{{Weight, 700}, {Color, QColor(Qt::red)}};
+    const QVTextAttributes base {{Weight, 700}, {Color, QColor(Qt::red)}};
     QVTextView *view = this->makeView(QVAttributedString(u"abcdefgh"_s, base));
     QVTextViewModifier::modifyTextView(
         view, {QVMakeRange(0, 2), QVMakeRange(2, 2), QVMakeRange(4, 2)}, u"Style"_s,
@@ -260,8 +253,8 @@ TYPED_TEST(QVTextViewModifierTest, ReplacementOperationUndoesItself)
 {
     const QVAttributedString original(u"abcdefg"_s, {{Weight, 700}});
     QVTextView *view = this->makeView(original);
-    QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 1), QVMakeRange(4, 1)}, QVariantList{u"x"_s},
-                                       u"Replace"_s);
+    QVTextViewModifier::modifyTextViewReplacements(view, {QVMakeRange(0, 1), QVMakeRange(4, 1)}, QVariantList {u"x"_s},
+                                                   u"Replace"_s);
     EXPECT_EQ(this->text(), u"xbcdxfg"_s) << "a single replacement fills every range";
     EXPECT_EQ(view->selectedRanges(), QVRangeList({QVMakeRange(0, 1), QVMakeRange(4, 1)}));
     EXPECT_EQ(this->askedStrings.constFirst(), QStringList({u"x"_s, u"x"_s}));
@@ -279,18 +272,19 @@ TYPED_TEST(QVTextViewModifierTest, ReplacementOperationUndoesItself)
     // Null markers count as "", an attributed replacement brings its attributes, and
     // a longer list is cut to the ranges.
     const QVAttributedString tagged(u"ΣΣ😀"_s, {{u"QVTag"_s, 1}});
-    QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 1), QVMakeRange(2, 2)},
-                                       QVariantList{QVariant::fromValue(tagged), NullMarker, u"extra"_s}, QString());
+    QVTextViewModifier::modifyTextViewReplacements(view, {QVMakeRange(0, 1), QVMakeRange(2, 2)},
+                                                   QVariantList {QVariant::fromValue(tagged), NullMarker, u"extra"_s},
+                                                   QString());
     EXPECT_EQ(this->text(), u"ΣΣ😀bxfg"_s);
     EXPECT_EQ(this->attributedText().attributedSubstringFromRange(QVMakeRange(0, 4)), tagged);
     EXPECT_EQ(view->selectedRanges(), QVRangeList({QVMakeRange(0, 4), QVMakeRange(5, 0)}));
 
     // Two replacements for three ranges: the rest are "", and a bad kind refuses the call.
-    QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 4), QVMakeRange(4, 1), QVMakeRange(6, 1)},
-                                       QVariantList{u"1"_s, u"2"_s}, QString());
+    QVTextViewModifier::modifyTextViewReplacements(view, {QVMakeRange(0, 4), QVMakeRange(4, 1), QVMakeRange(6, 1)},
+                                                   QVariantList {u"1"_s, u"2"_s}, QString());
     EXPECT_EQ(this->text(), u"12xg"_s);
     const int asked = int(this->askedRanges.size());
-    QVTextViewModifier::modifyTextView(view, {QVMakeRange(0, 1)}, QVariantList{42}, QString());
+    QVTextViewModifier::modifyTextViewReplacements(view, {QVMakeRange(0, 1)}, QVariantList {42}, QString());
     EXPECT_EQ(this->text(), u"12xg"_s);
     EXPECT_EQ(this->askedRanges.size(), asked);
 }
@@ -301,30 +295,33 @@ TYPED_TEST(QVTextViewModifierTest, AroundRangeOperations)
     original.addAttribute(Weight, 700, QVMakeRange(4, 3));
     QVTextView *view = this->makeView(original);
     view->setSelectedRanges({QVMakeRange(4, 3), QVMakeRange(8, 5)});
-    QVTextViewModifier::modifyTextView(view, QVTextViewModifierAroundRangeOperationWrap, u"«"_s, u"»"_s, u"Quote"_s);
+    QVTextViewModifier::modifyTextViewSelectedRangesPerformAroundRangeOperation(
+        view, QVTextViewModifierAroundRangeOperationWrap, u"«"_s, u"»"_s, u"Quote"_s);
     EXPECT_EQ(this->text(), u"one «two» «three»"_s);
     EXPECT_EQ(view->selectedRanges(), QVRangeList({QVMakeRange(4, 5), QVMakeRange(10, 7)}));
     EXPECT_EQ(this->attributedText().attributeAtIndex(Weight, 4), QVariant(700))
         << "the strings take the attributes of the text they enclose";
 
-    QVTextViewModifier::modifyTextView(view, QVTextViewModifierAroundRangeOperationToggle, u"«"_s, u"»"_s,
-                                       u"Quote"_s);
+    QVTextViewModifier::modifyTextViewSelectedRangesPerformAroundRangeOperation(
+        view, QVTextViewModifierAroundRangeOperationToggle, u"«"_s, u"»"_s, u"Quote"_s);
     EXPECT_EQ(this->attributedText(), original) << "toggling a wrapped range unwraps it";
     EXPECT_EQ(view->selectedRanges(), QVRangeList({QVMakeRange(4, 3), QVMakeRange(8, 5)}));
 
     // Unwrap takes the strings from just outside a range, and leaves unwrapped ranges alone.
     view->textStorage()->replaceCharactersInRange(QVMakeRange(0, this->text().size()), u"[a] b [c]"_s);
-    QVTextViewModifier::modifyTextView(view, QVTextViewModifierAroundRangeOperationUnwrap,
-                                       {QVMakeRange(0, 3), QVMakeRange(4, 1), QVMakeRange(7, 1)}, u"["_s, u"]"_s,
-                                       u"Unwrap"_s);
+    QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(
+        view, QVTextViewModifierAroundRangeOperationUnwrap, {QVMakeRange(0, 3), QVMakeRange(4, 1), QVMakeRange(7, 1)},
+        u"["_s, u"]"_s, u"Unwrap"_s);
     EXPECT_EQ(this->text(), u"a b c"_s);
     EXPECT_EQ(view->selectedRanges(), QVRangeList({QVMakeRange(0, 1), QVMakeRange(2, 1), QVMakeRange(4, 1)}));
 
     // Toggle wraps what is not wrapped; an empty range gets both strings.
-    QVTextViewModifier::modifyTextView(view, QVTextViewModifierAroundRangeOperationToggle,
-                                       {QVMakeRange(1, 0), QVMakeRange(2, 1)}, u"**"_s, u"**"_s, u"Bold"_s);
+    QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(view, QVTextViewModifierAroundRangeOperationToggle,
+                                                                  {QVMakeRange(1, 0), QVMakeRange(2, 1)}, u"**"_s,
+                                                                  u"**"_s, u"Bold"_s);
     EXPECT_EQ(this->text(), u"a**** **b** c"_s);
     const int reported = int(this->changes->count());
-    QVTextViewModifier::modifyTextView(view, 3, {QVMakeRange(0, 1)}, u"("_s, u")"_s, u"Bad"_s);
+    QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(view, 3, {QVMakeRange(0, 1)}, u"("_s, u")"_s,
+                                                                  u"Bad"_s);
     EXPECT_EQ(this->changes->count(), reported) << "an unknown operation does nothing";
 }
