@@ -120,25 +120,40 @@ public:
     void insertDelimiter(QObject *sender = nullptr);
     void insertOpenDelimiter(const QString &openDelimiter, const QString &closeDelimiter);
 
-    // Text core interface: the menus that offer those commands.
+    // Text core interface: the menus that offer those commands. Ownership
+    // follows Qt's parents throughout: every menu and action made here belongs
+    // to the parent given, or to the caller when there is none.
 
     /**
      * "Make Upper Case" (Ctrl+Shift+U), "Make Lower Case" and "Capitalize",
      * named "uppercase:", "lowercase:" and "capitalize:". The actions work on
-     * the target, or on the focused text view when there is none.
+     * the target, or on the focused text view when there is none. The menu
+     * owns its actions; the parent owns the menu, or without a parent the
+     * caller does (delete it, or give it a parent).
      */
     static QMenu *transformationsMenu(QVTextView *target = nullptr, QWidget *parent = nullptr);
-    /** An action titled "Transformations" carrying transformationsMenu() as its menu. */
+    /**
+     * An action titled "Transformations" carrying transformationsMenu() as its
+     * menu. The action is that menu's own menuAction() and lives as long as
+     * the menu, which belongs to the parent (without one, the caller deletes
+     * action->menu()).
+     */
     static QAction *transformationsMenuItem(QVTextView *target = nullptr, QWidget *parent = nullptr);
     /**
      * Puts the transformation actions in the places of the menu's actions
      * named "uppercaseWord:", "lowercaseWord:" and "capitalizeWord:"
-     * (QObject::objectName); without any of those nothing changes.
+     * (QObject::objectName); without any of those nothing changes. The new
+     * actions belong to the menu; the replaced ones are only taken out of it
+     * and stay with whoever owned them (usually the menu, as their parent).
      */
     static void replaceTransformationsMenuInMenu(QMenu *menu, QVTextView *target = nullptr);
-    /** Adds a "Select" menu of selection commands before the menu bar's last menu. */
+    /** Adds a "Select" menu of selection commands, owned by the menu bar, before its last menu. */
     static void insertSelectMenuInMainMenu(QMenuBar *menuBar);
-    /** The view's context menu: the widget's standard actions, then the text core's. */
+    /**
+     * The view's context menu: the widget's standard actions, then the text
+     * core's. The parent owns it, or the caller without one (as with
+     * QTextEdit::createStandardContextMenu()).
+     */
     QMenu *coreContextualMenu(QWidget *parent = nullptr);
 
 Q_SIGNALS:

@@ -230,3 +230,41 @@ TEST(QVTextCoreInterfaceTest, ContextualMenuAddsTheTextCoreCommands)
     const std::unique_ptr<QMenu> bare(headless.coreContextualMenu());
     EXPECT_EQ(texts(bare->actions()), ours);
 }
+
+// Every menu and action belongs to the parent it was made with, or to the
+// caller without one; replacing items never deletes what someone else owns.
+TEST(QVTextCoreInterfaceTest, MenusBelongToTheirParents)
+{
+    auto *window = new QWidget;
+    const QPointer<QMenu> menu = QVTextView::transformationsMenu(nullptr, window);
+    const QPointer<QAction> item = QVTextView::transformationsMenuItem(nullptr, window);
+    const QPointer<QMenu> itemMenu = item->menu();
+    EXPECT_EQ(menu->parent(), window);
+    EXPECT_EQ(itemMenu->parent(), window);
+
+    auto *edit = new QMenu(window);
+    QAction *old = edit->addAction(u"Make Upper Case"_s);
+    old->setObjectName(u"uppercaseWord:"_s);
+    const QPointer<QAction> replaced = old;
+    QVTextView::replaceTransformationsMenuInMenu(edit);
+    ASSERT_TRUE(replaced) << "taken out of the menu, not deleted";
+    EXPECT_FALSE(edit->actions().contains(old));
+    const QPointer<QAction> added = edit->actions().value(0);
+    EXPECT_EQ(added->parent(), edit);
+
+    QTextEdit textEdit;
+    QVTextEditView view(&textEdit);
+    const QPointer<QMenu> contextual = view.coreContextualMenu(window);
+    EXPECT_EQ(contextual->parent(), window);
+
+    delete window;
+    for (const QPointer<QObject> &gone : {QPointer<QObject>(menu), QPointer<QObject>(item), QPointer<QObject>(itemMenu),
+                                          QPointer<QObject>(replaced), QPointer<QObject>(added),
+                                          QPointer<QObject>(contextual)})
+        EXPECT_TRUE(gone.isNull());
+
+    const std::unique_ptr<QMenu> own(QVTextView::transformationsMenu());
+    EXPECT_EQ(own->parent(), nullptr) << "without a parent the caller owns the menu";
+    const std::unique_ptr<QMenu> ownItemMenu(QVTextView::transformationsMenuItem()->menu());
+    EXPECT_EQ(ownItemMenu->parent(), nullptr);
+}
