@@ -3,7 +3,9 @@
 #include <QVKit/Platform/QVStringConstant.h>
 #include <QVKit/Platform/QVRange.h>
 #include <QVKit/QVKitExport.h>
+#include <QVKit/Text/QVTextAttributeRun.h>
 
+#include <QtCore/QFlags>
 #include <QtCore/QList>
 #include <QtCore/QSharedDataPointer>
 #include <QtCore/QString>
@@ -14,7 +16,6 @@
 #include <optional>
 
 class QVAttributedStringData;
-class QVTextAttributeRun;
 
 /** Attribute name → value over one stretch of text. */
 using QVTextAttributes = QVariantMap;
@@ -37,12 +38,13 @@ inline constexpr QVStringConstant QVForegroundColorAttributeName = u"QVForegroun
 inline constexpr QVStringConstant QVBackgroundColorAttributeName = u"QVBackgroundColor";
 
 /** Enumeration options of QVAttributedString::enumerateAttribute(s). */
-enum QVAttributedStringEnumerationOption : quint64 {
-    QVAttributedStringEnumerationReverse = 1ull << 1,
+enum QVAttributedStringEnumerationOption : unsigned int {
+    QVAttributedStringEnumerationReverse = 1u << 1,
     /** Stretches may be shorter than the longest range over which the value holds. */
-    QVAttributedStringEnumerationLongestEffectiveRangeNotRequired = 1ull << 20,
+    QVAttributedStringEnumerationLongestEffectiveRangeNotRequired = 1u << 20,
 };
-using QVAttributedStringEnumerationOptions = quint64;
+Q_DECLARE_FLAGS(QVAttributedStringEnumerationOptions, QVAttributedStringEnumerationOption)
+Q_DECLARE_OPERATORS_FOR_FLAGS(QVAttributedStringEnumerationOptions)
 
 /**
  * Text plus attribute dictionaries that hold over ranges of it, as a value:
@@ -139,10 +141,11 @@ public:
     std::optional<QList<QVTextAttributeRun>> textAttributeRuns() const;
     std::optional<QList<QVTextAttributeRun>> textAttributeRunsInRange(QVRange range) const;
     /** One attribute's runs (all attributes without a name); options of QVTextAttributeRunOption. */
-    std::optional<QList<QVTextAttributeRun>> textAttributeRunsForAttribute(const QString &name, quint64 options,
+    std::optional<QList<QVTextAttributeRun>> textAttributeRunsForAttribute(const QString &name, QVTextAttributeRunOptions options,
                                                                            QVRange range) const;
     std::optional<QList<QVTextAttributeRun>>
-    textAttributeRunsForAttributes(const std::optional<QStringList> &names, quint64 options, QVRange range) const;
+    textAttributeRunsForAttributes(const std::optional<QStringList> &names, QVTextAttributeRunOptions options,
+                                   QVRange range) const;
     /** Adds each run's attribute over its range, in list order. */
     void addTextAttributeRuns(const QList<QVTextAttributeRun> &runs);
     /** Clears the attributes over the runs' total range, then adds the runs. */

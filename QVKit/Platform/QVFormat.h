@@ -45,6 +45,12 @@ public:
     {
     }
     QVFormatArgument(float value) : QVFormatArgument(double(value)) {}
+    /** An enumeration prints as its number, as its underlying integer would. */
+    template <typename Enum>
+        requires std::is_enum_v<Enum>
+    QVFormatArgument(Enum value) : QVFormatArgument(std::underlying_type_t<Enum>(value))
+    {
+    }
 
     /** Pointers other than C strings print as addresses, and "%@" names their address. */
     template <typename T>

@@ -278,7 +278,7 @@ public:
         QTextCursor cursor = selectingCursor(range);
         cursor.removeSelectedText();
         const QString text = string.string();
-        string.enumerateAttributes(QVMakeRange(0, string.length()), 0,
+        string.enumerateAttributes(QVMakeRange(0, string.length()), {},
                                    [&](const QVTextAttributes &attributes, QVRange stretch, bool *) {
                                        cursor.insertText(withBlockSeparators(text.mid(qsizetype(stretch.location),
                                                                                       qsizetype(stretch.length))),

@@ -11,11 +11,11 @@ class QVAttributedStringChangeData : public QSharedData
 public:
     // Set once the defaults below were applied, so that they are applied only once.
     bool didInitQVAttributedStringChange = false;
-    quint64 changeType = QVAttributedStringChangeTypeNone;
+    QVAttributedStringChangeType changeType = QVAttributedStringChangeTypeNone;
     std::optional<QVAttributedString> attributedString;
     std::optional<QVTextAttributes> attributes;
     std::optional<QList<QVTextAttributeRun>> attributeRuns;
-    quint64 attributeAction = QVAttributeActionAdd;
+    QVAttributeAction attributeAction = QVAttributeActionAdd;
     QVRange range {};
     QVRange originalRange {};
 };
@@ -63,7 +63,7 @@ QVAttributedStringChange QVAttributedStringChange::attributedStringChange(const 
 }
 
 QVAttributedStringChange QVAttributedStringChange::attributesChange(const QVTextAttributes &attributes,
-                                                                    quint64 attributeAction)
+                                                                    QVAttributeAction attributeAction)
 {
     QVAttributedStringChange change;
     change.setChangeType(QVAttributedStringChangeTypeAttributes);
@@ -111,12 +111,12 @@ QVAttributedStringChange::replacementStringsFromArray(const QList<QVAttributedSt
     return strings;
 }
 
-quint64 QVAttributedStringChange::changeType() const
+QVAttributedStringChangeType QVAttributedStringChange::changeType() const
 {
     return d->changeType;
 }
 
-void QVAttributedStringChange::setChangeType(quint64 changeType)
+void QVAttributedStringChange::setChangeType(QVAttributedStringChangeType changeType)
 {
     d->changeType = changeType;
 }
@@ -151,12 +151,12 @@ void QVAttributedStringChange::setAttributeRuns(const std::optional<QList<QVText
     d->attributeRuns = runs;
 }
 
-quint64 QVAttributedStringChange::attributeAction() const
+QVAttributeAction QVAttributedStringChange::attributeAction() const
 {
     return d->attributeAction;
 }
 
-void QVAttributedStringChange::setAttributeAction(quint64 attributeAction)
+void QVAttributedStringChange::setAttributeAction(QVAttributeAction attributeAction)
 {
     d->attributeAction = attributeAction;
 }

@@ -13,19 +13,24 @@
 class QVAttributedStringChangeData;
 
 /** What a change does to its range. */
-enum QVAttributedStringChangeType : quint64 {
-    QVAttributedStringChangeTypeNone = 0,
-    QVAttributedStringChangeTypeAttributes = 1,
-    QVAttributedStringChangeTypeString = 2,
+enum class QVAttributedStringChangeType : quint64 {
+    None = 0,
+    Attributes = 1,
+    String = 2,
 };
+inline constexpr QVAttributedStringChangeType QVAttributedStringChangeTypeNone = QVAttributedStringChangeType::None;
+inline constexpr QVAttributedStringChangeType QVAttributedStringChangeTypeAttributes = QVAttributedStringChangeType::Attributes;
+inline constexpr QVAttributedStringChangeType QVAttributedStringChangeTypeString = QVAttributedStringChangeType::String;
 
 /** How an attributes change applies its dictionary. */
-enum QVAttributeAction : quint64 {
+enum class QVAttributeAction : quint64 {
     /** Add to the attributes present; a null-marker value removes that attribute. */
-    QVAttributeActionAdd = 0,
+    Add = 0,
     /** Make the range's attributes exactly these. */
-    QVAttributeActionSet = 1,
+    Set = 1,
 };
+inline constexpr QVAttributeAction QVAttributeActionAdd = QVAttributeAction::Add;
+inline constexpr QVAttributeAction QVAttributeActionSet = QVAttributeAction::Set;
 
 /**
  * What one text operation wants done to one range of a text: nothing, new
@@ -48,7 +53,7 @@ public:
 
     static QVAttributedStringChange noChange();
     static QVAttributedStringChange attributedStringChange(const QVAttributedString &string);
-    static QVAttributedStringChange attributesChange(const QVTextAttributes &attributes, quint64 attributeAction);
+    static QVAttributedStringChange attributesChange(const QVTextAttributes &attributes, QVAttributeAction attributeAction);
     static QVAttributedStringChange attributesChanges(const QList<QVTextAttributeRun> &runs);
 
     /** Each change's range, in order; nothing for an empty list. */
@@ -59,16 +64,16 @@ public:
      */
     static std::optional<QStringList> replacementStringsFromArray(const QList<QVAttributedStringChange> &changes);
 
-    quint64 changeType() const;
-    void setChangeType(quint64 changeType);
+    QVAttributedStringChangeType changeType() const;
+    void setChangeType(QVAttributedStringChangeType changeType);
     std::optional<QVAttributedString> attributedString() const;
     void setAttributedString(const std::optional<QVAttributedString> &string);
     std::optional<QVTextAttributes> attributes() const;
     void setAttributes(const std::optional<QVTextAttributes> &attributes);
     std::optional<QList<QVTextAttributeRun>> attributeRuns() const;
     void setAttributeRuns(const std::optional<QList<QVTextAttributeRun>> &runs);
-    quint64 attributeAction() const;
-    void setAttributeAction(quint64 attributeAction);
+    QVAttributeAction attributeAction() const;
+    void setAttributeAction(QVAttributeAction attributeAction);
     QVRange range() const;
     void setRange(QVRange range);
     QVRange originalRange() const;

@@ -11,11 +11,11 @@ std::optional<QList<QVTextAttributeRun>> QVAttributedString::textAttributeRuns()
 
 std::optional<QList<QVTextAttributeRun>> QVAttributedString::textAttributeRunsInRange(QVRange range) const
 {
-    return textAttributeRunsForAttribute(QString(), 0, range);
+    return textAttributeRunsForAttribute(QString(), {}, range);
 }
 
 std::optional<QList<QVTextAttributeRun>> QVAttributedString::textAttributeRunsForAttribute(const QString &name,
-                                                                                          quint64 options,
+                                                                                          QVTextAttributeRunOptions options,
                                                                                           QVRange range) const
 {
     // A null name asks for every attribute; an empty one is a name like any other.
@@ -25,17 +25,17 @@ std::optional<QList<QVTextAttributeRun>> QVAttributedString::textAttributeRunsFo
 }
 
 std::optional<QList<QVTextAttributeRun>>
-QVAttributedString::textAttributeRunsForAttributes(const std::optional<QStringList> &names, quint64 options,
+QVAttributedString::textAttributeRunsForAttributes(const std::optional<QStringList> &names, QVTextAttributeRunOptions options,
                                                    QVRange range) const
 {
     QList<QVTextAttributeRun> runs;
     runs.reserve(16);
 
     if (names) {
-        const bool present = options == 0 || (options & QVTextAttributeRunOptionPresentValues);
+        const bool present = !options || (options & QVTextAttributeRunOptionPresentValues);
         const bool absent = options & QVTextAttributeRunOptionAbsentValues;
         for (const QString &name : *names) {
-            enumerateAttribute(name, range, 0, [&](const QVariant &value, QVRange stretch, bool *) {
+            enumerateAttribute(name, range, {}, [&](const QVariant &value, QVRange stretch, bool *) {
                 // The null marker is a value: it is reported with the present ones.
                 if (value.isValid() ? present : absent)
                     runs.append(QVTextAttributeRun(name, value, stretch));

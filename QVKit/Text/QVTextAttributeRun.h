@@ -3,18 +3,20 @@
 #include <QVKit/Platform/QVRange.h>
 #include <QVKit/QVKitExport.h>
 
+#include <QtCore/QFlags>
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QVariant>
 
 /** Read options of QVAttributedString::textAttributeRunsForAttribute(s); 0 behaves as present values. */
-enum QVTextAttributeRunOption : quint64 {
+enum QVTextAttributeRunOption : unsigned int {
     /** Report the stretches where the attribute has a value. */
     QVTextAttributeRunOptionPresentValues = 1,
     /** Report the stretches where the attribute is absent, as runs without a value. */
     QVTextAttributeRunOptionAbsentValues = 2,
 };
-using QVTextAttributeRunOptions = quint64;
+Q_DECLARE_FLAGS(QVTextAttributeRunOptions, QVTextAttributeRunOption)
+Q_DECLARE_OPERATORS_FOR_FLAGS(QVTextAttributeRunOptions)
 
 /**
  * One attribute, a name and a value (invalid when absent), over one range of

@@ -176,7 +176,7 @@ void applyGrowths(Runs &runs, const std::vector<Growth> &growths)
 // ---------------------------------------------------------------------------
 // Case conversion
 
-QString convertPiece(const QString &piece, quint64 caseType, const QLocale &locale)
+QString convertPiece(const QString &piece, QVCaseType caseType, const QLocale &locale)
 {
     switch (caseType) {
     case QVCaseTypeUppercase:
@@ -190,7 +190,7 @@ QString convertPiece(const QString &piece, quint64 caseType, const QLocale &loca
     }
 }
 
-bool isKnownCaseType(quint64 caseType)
+bool isKnownCaseType(QVCaseType caseType)
 {
     return caseType == QVCaseTypeUppercase || caseType == QVCaseTypeLowercase || caseType == QVCaseTypeCapitalize;
 }
@@ -200,7 +200,7 @@ bool isKnownCaseType(quint64 caseType)
 // shifted at each piece that changed length. Text before the first word
 // belongs to no word and is kept as it is, so that nothing of the range is
 // lost.
-void convertPieceByPiece(const QString &text, qsizetype start, qsizetype end, quint64 caseType, const QLocale &locale,
+void convertPieceByPiece(const QString &text, qsizetype start, qsizetype end, QVCaseType caseType, const QLocale &locale,
                          CaseConversion &result)
 {
     QString &output = result.text;
@@ -234,7 +234,7 @@ void convertPieceByPiece(const QString &text, qsizetype start, qsizetype end, qu
 // no context) in every locale except these, whose rules look at neighbouring
 // letters: Turkish and Azerbaijani dotted I, Lithuanian dot above, Greek
 // accent removal in upper case.
-bool mapsCodePointsAlone(quint64 caseType, const QLocale &locale)
+bool mapsCodePointsAlone(QVCaseType caseType, const QLocale &locale)
 {
     if (caseType != QVCaseTypeUppercase && caseType != QVCaseTypeLowercase)
         return false;
@@ -256,7 +256,7 @@ bool mapsCodePointsAlone(quint64 caseType, const QLocale &locale)
 class MappedLengths
 {
 public:
-    MappedLengths(const QLocale &locale, quint64 caseType)
+    MappedLengths(const QLocale &locale, QVCaseType caseType)
         : m_locale(locale)
         , m_caseType(caseType)
     { }
@@ -288,16 +288,16 @@ private:
     }
 
     const QLocale m_locale;
-    const quint64 m_caseType;
+    const QVCaseType m_caseType;
     std::mutex m_mutex;
     std::array<std::atomic<bool>, 256> m_ready {};
     std::array<quint8, 65536> m_lengths {};
 };
 
-MappedLengths &mappedLengths(const QLocale &locale, quint64 caseType)
+MappedLengths &mappedLengths(const QLocale &locale, QVCaseType caseType)
 {
     static std::mutex mutex;
-    static std::map<std::pair<QString, quint64>, std::unique_ptr<MappedLengths>> tables;
+    static std::map<std::pair<QString, QVCaseType>, std::unique_ptr<MappedLengths>> tables;
     const std::lock_guard<std::mutex> lock(mutex);
     std::unique_ptr<MappedLengths> &table = tables[{locale.bcp47Name(), caseType}];
     if (!table)
@@ -313,7 +313,7 @@ MappedLengths &mappedLengths(const QLocale &locale, quint64 caseType)
 // Pieces that change length are only looked for when runs are carried: a
 // piece can only do so when it holds a code unit that changes length alone
 // (or a surrogate), and only those pieces are found and converted again.
-void convertStretches(const QString &text, qsizetype start, qsizetype end, quint64 caseType, const QLocale &locale,
+void convertStretches(const QString &text, qsizetype start, qsizetype end, QVCaseType caseType, const QLocale &locale,
                       CaseConversion &result)
 {
     const bool tracking = result.runs.has_value();
@@ -388,7 +388,7 @@ void convertStretches(const QString &text, qsizetype start, qsizetype end, quint
         applyGrowths(*result.runs, growths);
 }
 
-CaseConversion convertCase(const QString &text, const QVAttributedString *attributes, quint64 caseType, QVRange range,
+CaseConversion convertCase(const QString &text, const QVAttributedString *attributes, QVCaseType caseType, QVRange range,
                            CaseConversionPath path)
 {
     CaseConversion result;
@@ -472,14 +472,14 @@ bool isWordCharacterAt(const QString &text, qsizetype i)
     return QChar::isLetterOrNumber(c);
 }
 
-bool isKnownQuotationType(quint64 quotationType)
+bool isKnownQuotationType(QVQuotationType quotationType)
 {
     return quotationType == QVQuotationTypeStraight || quotationType == QVQuotationTypeSmart;
 }
 
 // The range's text with its quotes converted, and the pieces that changed
 // length (a locale's mark may be longer than one code unit).
-QString convertQuotation(const QString &text, qsizetype start, qsizetype end, quint64 quotationType,
+QString convertQuotation(const QString &text, qsizetype start, qsizetype end, QVQuotationType quotationType,
                          std::vector<Growth> &growths)
 {
     QString output;
@@ -563,7 +563,7 @@ void removeText(QVAttributedString &text, qsizetype at, qsizetype count)
 
 // The end is edited first, so that the range's start stays where it is.
 template <typename Text>
-void modifyAround(Text &source, quint64 operation, const QString &before, const QString &after, QVRange range)
+void modifyAround(Text &source, QVTextCoreOperation operation, const QString &before, const QString &after, QVRange range)
 {
     if (operation > QVTextCoreOperationRemoveIgnoringCheck) {
         QVLog("QVTextCore::modifySourceText: unknown operation %llu. Fix this.", operation);
@@ -649,7 +649,7 @@ QList<DelimiterPair> customDelimiterPairs(QVUserDefaults *defaults)
 
 namespace QVTextCorePrivate {
 
-CaseConversion convertToCase(const QString &text, const QVAttributedString *attributes, quint64 caseType, QVRange range,
+CaseConversion convertToCase(const QString &text, const QVAttributedString *attributes, QVCaseType caseType, QVRange range,
                              CaseConversionPath path)
 {
     return convertCase(text, attributes, caseType, range, path);
@@ -660,7 +660,7 @@ CaseConversion convertToCase(const QString &text, const QVAttributedString *attr
 // ---------------------------------------------------------------------------
 // Case conversion
 
-QVariant QVTextCore::sourceTextConvertToCase(const QVariant &source, quint64 caseType, QVRange range)
+QVariant QVTextCore::sourceTextConvertToCase(const QVariant &source, QVCaseType caseType, QVRange range)
 {
     if (isString(source))
         return QVariant(sourceTextConvertToCase(source.toString(), caseType, range));
@@ -670,12 +670,12 @@ QVariant QVTextCore::sourceTextConvertToCase(const QVariant &source, quint64 cas
     return QVariant();
 }
 
-QString QVTextCore::sourceTextConvertToCase(const QString &source, quint64 caseType, QVRange range)
+QString QVTextCore::sourceTextConvertToCase(const QString &source, QVCaseType caseType, QVRange range)
 {
     return convertCase(source, nullptr, caseType, range, CaseConversionPath::Automatic).text;
 }
 
-QVAttributedString QVTextCore::sourceTextConvertToCase(const QVAttributedString &source, quint64 caseType,
+QVAttributedString QVTextCore::sourceTextConvertToCase(const QVAttributedString &source, QVCaseType caseType,
                                                        QVRange range)
 {
     const CaseConversion converted
@@ -683,12 +683,12 @@ QVAttributedString QVTextCore::sourceTextConvertToCase(const QVAttributedString 
     return attributedResult(converted.text, converted.runs);
 }
 
-void QVTextCore::modifySourceTextConvertToCase(QVariant &source, quint64 caseType, QVRange range)
+void QVTextCore::modifySourceTextConvertToCase(QVariant &source, QVCaseType caseType, QVRange range)
 {
     modifyVariant(source, [&](auto &text) { modifySourceTextConvertToCase(text, caseType, range); });
 }
 
-void QVTextCore::modifySourceTextConvertToCase(QString &source, quint64 caseType, QVRange range)
+void QVTextCore::modifySourceTextConvertToCase(QString &source, QVCaseType caseType, QVRange range)
 {
     qsizetype start = 0;
     qsizetype end = 0;
@@ -702,7 +702,7 @@ void QVTextCore::modifySourceTextConvertToCase(QString &source, quint64 caseType
     source.replace(start, end - start, converted);
 }
 
-void QVTextCore::modifySourceTextConvertToCase(QVAttributedString &source, quint64 caseType, QVRange range)
+void QVTextCore::modifySourceTextConvertToCase(QVAttributedString &source, QVCaseType caseType, QVRange range)
 {
     qsizetype start = 0;
     qsizetype end = 0;
@@ -719,10 +719,10 @@ void QVTextCore::modifySourceTextConvertToCase(QVAttributedString &source, quint
 // ---------------------------------------------------------------------------
 // Quotes
 
-void QVTextCore::stringsForQuoteType(quint64 type, QString *begin, QString *end)
+void QVTextCore::stringsForQuoteType(QVQuoteType type, QString *begin, QString *end)
 {
-    if (type > QVQuoteTypeAlternative)
-        QVLog("Unsupported quote type: %lu", type);
+    if (quint64(type) > quint64(QVQuoteTypeAlternative))
+        QVLog("Unsupported quote type: %lu", quint64(type));
     const QLocale locale;
     std::pair<QString, QString> marks;
     if (type == QVQuoteTypeAlternative)
@@ -735,7 +735,7 @@ void QVTextCore::stringsForQuoteType(quint64 type, QString *begin, QString *end)
         *end = marks.second;
 }
 
-QVariant QVTextCore::sourceTextConvertToQuotation(const QVariant &source, quint64 quotationType, QVRange range)
+QVariant QVTextCore::sourceTextConvertToQuotation(const QVariant &source, QVQuotationType quotationType, QVRange range)
 {
     if (isString(source))
         return QVariant(sourceTextConvertToQuotation(source.toString(), quotationType, range));
@@ -746,7 +746,7 @@ QVariant QVTextCore::sourceTextConvertToQuotation(const QVariant &source, quint6
     return QVariant();
 }
 
-QString QVTextCore::sourceTextConvertToQuotation(const QString &source, quint64 quotationType, QVRange range)
+QString QVTextCore::sourceTextConvertToQuotation(const QString &source, QVQuotationType quotationType, QVRange range)
 {
     qsizetype start = 0;
     qsizetype end = 0;
@@ -760,7 +760,7 @@ QString QVTextCore::sourceTextConvertToQuotation(const QString &source, quint64 
     return convertQuotation(source, start, end, quotationType, growths);
 }
 
-QVAttributedString QVTextCore::sourceTextConvertToQuotation(const QVAttributedString &source, quint64 quotationType,
+QVAttributedString QVTextCore::sourceTextConvertToQuotation(const QVAttributedString &source, QVQuotationType quotationType,
                                                             QVRange range)
 {
     qsizetype start = 0;
@@ -781,12 +781,12 @@ QVAttributedString QVTextCore::sourceTextConvertToQuotation(const QVAttributedSt
     return attributedResult(converted, runs);
 }
 
-void QVTextCore::modifySourceTextConvertToQuotation(QVariant &source, quint64 quotationType, QVRange range)
+void QVTextCore::modifySourceTextConvertToQuotation(QVariant &source, QVQuotationType quotationType, QVRange range)
 {
     modifyVariant(source, [&](auto &text) { modifySourceTextConvertToQuotation(text, quotationType, range); });
 }
 
-void QVTextCore::modifySourceTextConvertToQuotation(QString &source, quint64 quotationType, QVRange range)
+void QVTextCore::modifySourceTextConvertToQuotation(QString &source, QVQuotationType quotationType, QVRange range)
 {
     qsizetype start = 0;
     qsizetype end = 0;
@@ -800,7 +800,7 @@ void QVTextCore::modifySourceTextConvertToQuotation(QString &source, quint64 quo
     source.replace(start, end - start, convertQuotation(source, start, end, quotationType, growths));
 }
 
-void QVTextCore::modifySourceTextConvertToQuotation(QVAttributedString &source, quint64 quotationType, QVRange range)
+void QVTextCore::modifySourceTextConvertToQuotation(QVAttributedString &source, QVQuotationType quotationType, QVRange range)
 {
     qsizetype start = 0;
     qsizetype end = 0;
@@ -815,12 +815,12 @@ void QVTextCore::modifySourceTextConvertToQuotation(QVAttributedString &source, 
         source.replaceCharactersInRange(QVMakeRange(quint64(start), quint64(end - start)), converted);
 }
 
-void QVTextCore::modifySourceTextInsertLocalizedQuoteType(QVariant &source, quint64 quoteType, QVRange range)
+void QVTextCore::modifySourceTextInsertLocalizedQuoteType(QVariant &source, QVQuoteType quoteType, QVRange range)
 {
     modifyVariant(source, [&](auto &text) { modifySourceTextInsertLocalizedQuoteType(text, quoteType, range); });
 }
 
-void QVTextCore::modifySourceTextInsertLocalizedQuoteType(QString &source, quint64 quoteType, QVRange range)
+void QVTextCore::modifySourceTextInsertLocalizedQuoteType(QString &source, QVQuoteType quoteType, QVRange range)
 {
     QString begin;
     QString end;
@@ -828,7 +828,7 @@ void QVTextCore::modifySourceTextInsertLocalizedQuoteType(QString &source, quint
     modifySourceText(source, QVTextCoreOperationInsert, begin, end, range);
 }
 
-void QVTextCore::modifySourceTextInsertLocalizedQuoteType(QVAttributedString &source, quint64 quoteType, QVRange range)
+void QVTextCore::modifySourceTextInsertLocalizedQuoteType(QVAttributedString &source, QVQuoteType quoteType, QVRange range)
 {
     QString begin;
     QString end;
@@ -980,19 +980,19 @@ void QVTextCore::modifySourceTextRemoveStringBeforeIgnoringCheck(QVAttributedStr
     modifySourceText(source, QVTextCoreOperationRemoveIgnoringCheck, before, after, range);
 }
 
-void QVTextCore::modifySourceText(QVariant &source, quint64 operation, const QString &before, const QString &after,
+void QVTextCore::modifySourceText(QVariant &source, QVTextCoreOperation operation, const QString &before, const QString &after,
                                   QVRange range)
 {
     modifyVariant(source, [&](auto &text) { modifySourceText(text, operation, before, after, range); });
 }
 
-void QVTextCore::modifySourceText(QString &source, quint64 operation, const QString &before, const QString &after,
+void QVTextCore::modifySourceText(QString &source, QVTextCoreOperation operation, const QString &before, const QString &after,
                                   QVRange range)
 {
     modifyAround(source, operation, before, after, range);
 }
 
-void QVTextCore::modifySourceText(QVAttributedString &source, quint64 operation, const QString &before,
+void QVTextCore::modifySourceText(QVAttributedString &source, QVTextCoreOperation operation, const QString &before,
                                   const QString &after, QVRange range)
 {
     modifyAround(source, operation, before, after, range);

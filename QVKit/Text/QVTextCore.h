@@ -10,36 +10,46 @@
 #include <QtCore/QVariant>
 
 /** How sourceTextConvertToCase converts each piece of the range. */
-enum QVCaseType : quint64 {
-    QVCaseTypeUppercase = 0,
-    QVCaseTypeLowercase = 1,
+enum class QVCaseType : quint64 {
+    Uppercase = 0,
+    Lowercase = 1,
     /** First letter of each word upper (title) case, the rest lower case. */
-    QVCaseTypeCapitalize = 2,
+    Capitalize = 2,
 };
+inline constexpr QVCaseType QVCaseTypeUppercase = QVCaseType::Uppercase;
+inline constexpr QVCaseType QVCaseTypeLowercase = QVCaseType::Lowercase;
+inline constexpr QVCaseType QVCaseTypeCapitalize = QVCaseType::Capitalize;
 
 /** Which of the current locale's quotation mark pairs to use. */
-enum QVQuoteType : quint64 {
-    QVQuoteTypeStandard = 0,
+enum class QVQuoteType : quint64 {
+    Standard = 0,
     /** The alternate pair; the standard pair when the locale has none. */
-    QVQuoteTypeAlternative = 1,
+    Alternative = 1,
 };
+inline constexpr QVQuoteType QVQuoteTypeStandard = QVQuoteType::Standard;
+inline constexpr QVQuoteType QVQuoteTypeAlternative = QVQuoteType::Alternative;
 
 /** What sourceTextConvertToQuotation makes of the quotes in the range. */
-enum QVQuotationType : quint64 {
+enum class QVQuotationType : quint64 {
     /** Typographic quotes become " and '. */
-    QVQuotationTypeStraight = 0,
+    Straight = 0,
     /** " and ' become the locale's opening or closing marks. */
-    QVQuotationTypeSmart = 1,
+    Smart = 1,
 };
+inline constexpr QVQuotationType QVQuotationTypeStraight = QVQuotationType::Straight;
+inline constexpr QVQuotationType QVQuotationTypeSmart = QVQuotationType::Smart;
 
 /** The operations of QVTextCore::modifySourceText. */
-enum QVTextCoreOperation : quint64 {
-    QVTextCoreOperationInsert = 0,
+enum class QVTextCoreOperation : quint64 {
+    Insert = 0,
     /** Removes the strings only where they are found around (or just inside) the range. */
-    QVTextCoreOperationRemove = 1,
+    Remove = 1,
     /** Removes as many code units as the strings are long, without comparing. */
-    QVTextCoreOperationRemoveIgnoringCheck = 2,
+    RemoveIgnoringCheck = 2,
 };
+inline constexpr QVTextCoreOperation QVTextCoreOperationInsert = QVTextCoreOperation::Insert;
+inline constexpr QVTextCoreOperation QVTextCoreOperationRemove = QVTextCoreOperation::Remove;
+inline constexpr QVTextCoreOperation QVTextCoreOperationRemoveIgnoringCheck = QVTextCoreOperation::RemoveIgnoringCheck;
 
 // User-default keys read by delimiter matching (QVUserDefaults::standardUserDefaults()).
 /** bool, true when unset; false uses every delimiter as both its opening and its closing delimiter. */
@@ -92,14 +102,14 @@ public:
      * attributed result keeps the range's attributes, starting at 0). An
      * unknown case type logs "Unknown caseType" and gives an empty result.
      */
-    static QVariant sourceTextConvertToCase(const QVariant &source, quint64 caseType, QVRange range);
-    static QString sourceTextConvertToCase(const QString &source, quint64 caseType, QVRange range);
-    static QVAttributedString sourceTextConvertToCase(const QVAttributedString &source, quint64 caseType,
+    static QVariant sourceTextConvertToCase(const QVariant &source, QVCaseType caseType, QVRange range);
+    static QString sourceTextConvertToCase(const QString &source, QVCaseType caseType, QVRange range);
+    static QVAttributedString sourceTextConvertToCase(const QVAttributedString &source, QVCaseType caseType,
                                                       QVRange range);
     /** Replaces the range by its converted text; an unknown case type changes nothing. */
-    static void modifySourceTextConvertToCase(QVariant &source, quint64 caseType, QVRange range);
-    static void modifySourceTextConvertToCase(QString &source, quint64 caseType, QVRange range);
-    static void modifySourceTextConvertToCase(QVAttributedString &source, quint64 caseType, QVRange range);
+    static void modifySourceTextConvertToCase(QVariant &source, QVCaseType caseType, QVRange range);
+    static void modifySourceTextConvertToCase(QString &source, QVCaseType caseType, QVRange range);
+    static void modifySourceTextConvertToCase(QVAttributedString &source, QVCaseType caseType, QVRange range);
 
     // Quotes.
 
@@ -108,24 +118,24 @@ public:
      * through the two pointers (either may be null). A type of 2 or more logs
      * "Unsupported quote type: %lu" and gives the standard marks.
      */
-    static void stringsForQuoteType(quint64 type, QString *begin, QString *end);
+    static void stringsForQuoteType(QVQuoteType type, QString *begin, QString *end);
 
     /**
      * The range's text with its quotes straightened or smartened. An unknown
      * quotation type logs "Unknown quotationType" and gives the text unchanged.
      */
-    static QVariant sourceTextConvertToQuotation(const QVariant &source, quint64 quotationType, QVRange range);
-    static QString sourceTextConvertToQuotation(const QString &source, quint64 quotationType, QVRange range);
-    static QVAttributedString sourceTextConvertToQuotation(const QVAttributedString &source, quint64 quotationType,
+    static QVariant sourceTextConvertToQuotation(const QVariant &source, QVQuotationType quotationType, QVRange range);
+    static QString sourceTextConvertToQuotation(const QString &source, QVQuotationType quotationType, QVRange range);
+    static QVAttributedString sourceTextConvertToQuotation(const QVAttributedString &source, QVQuotationType quotationType,
                                                            QVRange range);
-    static void modifySourceTextConvertToQuotation(QVariant &source, quint64 quotationType, QVRange range);
-    static void modifySourceTextConvertToQuotation(QString &source, quint64 quotationType, QVRange range);
-    static void modifySourceTextConvertToQuotation(QVAttributedString &source, quint64 quotationType, QVRange range);
+    static void modifySourceTextConvertToQuotation(QVariant &source, QVQuotationType quotationType, QVRange range);
+    static void modifySourceTextConvertToQuotation(QString &source, QVQuotationType quotationType, QVRange range);
+    static void modifySourceTextConvertToQuotation(QVAttributedString &source, QVQuotationType quotationType, QVRange range);
 
     /** Wraps the range in the quote type's marks (see stringsForQuoteType). */
-    static void modifySourceTextInsertLocalizedQuoteType(QVariant &source, quint64 quoteType, QVRange range);
-    static void modifySourceTextInsertLocalizedQuoteType(QString &source, quint64 quoteType, QVRange range);
-    static void modifySourceTextInsertLocalizedQuoteType(QVAttributedString &source, quint64 quoteType, QVRange range);
+    static void modifySourceTextInsertLocalizedQuoteType(QVariant &source, QVQuoteType quoteType, QVRange range);
+    static void modifySourceTextInsertLocalizedQuoteType(QString &source, QVQuoteType quoteType, QVRange range);
+    static void modifySourceTextInsertLocalizedQuoteType(QVAttributedString &source, QVQuoteType quoteType, QVRange range);
 
     // Delimiters.
 
@@ -183,11 +193,11 @@ public:
      * strings' lengths just outside the range without comparing, clipped to
      * the text. An unknown operation changes nothing.
      */
-    static void modifySourceText(QVariant &source, quint64 operation, const QString &before, const QString &after,
+    static void modifySourceText(QVariant &source, QVTextCoreOperation operation, const QString &before, const QString &after,
                                  QVRange range);
-    static void modifySourceText(QString &source, quint64 operation, const QString &before, const QString &after,
+    static void modifySourceText(QString &source, QVTextCoreOperation operation, const QString &before, const QString &after,
                                  QVRange range);
-    static void modifySourceText(QVAttributedString &source, quint64 operation, const QString &before,
+    static void modifySourceText(QVAttributedString &source, QVTextCoreOperation operation, const QString &before,
                                  const QString &after, QVRange range);
 
     // The source in the wanted form; an invalid source gives the null or empty value.

@@ -34,7 +34,7 @@ enum class CaseConversionPath {
  * locale. With attributes (the attributed source of text), its runs over the
  * range are carried along. An unknown case type gives an empty text.
  */
-QVKIT_EXPORT CaseConversion convertToCase(const QString &text, const QVAttributedString *attributes, quint64 caseType,
+QVKIT_EXPORT CaseConversion convertToCase(const QString &text, const QVAttributedString *attributes, QVCaseType caseType,
                                           QVRange range, CaseConversionPath path);
 
 } // namespace QVTextCorePrivate

@@ -118,7 +118,7 @@ void QVTextViewModifier::applyChange(QVTextStorage *storage, const QVAttributedS
     case QVAttributedStringChangeTypeAttributes:
         break;
     default:
-        qCDebug(lcQVText) << "Skipping a change of unknown type" << change.changeType();
+        qCDebug(lcQVText) << "Skipping a change of unknown type" << quint64(change.changeType());
         return;
     }
 
@@ -143,7 +143,7 @@ void QVTextViewModifier::applyChange(QVTextStorage *storage, const QVAttributedS
             else
                 storage->addAttributes(added, range);
         } else {
-            qCDebug(lcQVText) << "Skipping an attributes change with unknown action" << change.attributeAction();
+            qCDebug(lcQVText) << "Skipping an attributes change with unknown action" << quint64(change.attributeAction());
         }
         return;
     }
@@ -238,7 +238,7 @@ void QVTextViewModifier::modifyTextViewReplacements(QVTextView *view, const QVRa
     view->didChangeText();
 }
 
-void QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(QVTextView *view, quint64 operation,
+void QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(QVTextView *view, QVTextViewModifierAroundRangeOperation operation,
                                                                    const QVRangeList &ranges,
                                                                    const QString &beforeString,
                                                                    const QString &afterString,
@@ -246,8 +246,8 @@ void QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(QVTextView *v
 {
     if (!view || !view->textStorage() || ranges.isEmpty())
         return;
-    if (operation > QVTextViewModifierAroundRangeOperationToggle) {
-        qCDebug(lcQVText) << "Ignoring unknown around-range operation" << operation;
+    if (quint64(operation) > quint64(QVTextViewModifierAroundRangeOperationToggle)) {
+        qCDebug(lcQVText) << "Ignoring unknown around-range operation" << quint64(operation);
         return;
     }
     const QString text = view->textStorage()->string();
@@ -318,7 +318,7 @@ void QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(QVTextView *v
     modifyTextView(view, workRanges, undoActionName, producer);
 }
 
-void QVTextViewModifier::modifyTextViewSelectedRangesPerformAroundRangeOperation(QVTextView *view, quint64 operation,
+void QVTextViewModifier::modifyTextViewSelectedRangesPerformAroundRangeOperation(QVTextView *view, QVTextViewModifierAroundRangeOperation operation,
                                                                                  const QString &beforeString,
                                                                                  const QString &afterString,
                                                                                  const QString &undoActionName)

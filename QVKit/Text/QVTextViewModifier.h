@@ -14,17 +14,20 @@ class QVTextStorage;
 class QVTextView;
 
 /** What QVTextViewModifier's around-range operation does with the two strings. */
-enum QVTextViewModifierAroundRangeOperation : quint64 {
+enum class QVTextViewModifierAroundRangeOperation : quint64 {
     /** Puts the before string at the range's start and the after string at its end. */
-    QVTextViewModifierAroundRangeOperationWrap = 0,
+    Wrap = 0,
     /**
      * Removes the two strings when the range starts with before and ends with
      * after, or when they sit just outside the range; leaves any other range alone.
      */
-    QVTextViewModifierAroundRangeOperationUnwrap = 1,
+    Unwrap = 1,
     /** Unwraps a wrapped range and wraps any other. */
-    QVTextViewModifierAroundRangeOperationToggle = 2,
+    Toggle = 2,
 };
+inline constexpr QVTextViewModifierAroundRangeOperation QVTextViewModifierAroundRangeOperationWrap = QVTextViewModifierAroundRangeOperation::Wrap;
+inline constexpr QVTextViewModifierAroundRangeOperation QVTextViewModifierAroundRangeOperationUnwrap = QVTextViewModifierAroundRangeOperation::Unwrap;
+inline constexpr QVTextViewModifierAroundRangeOperation QVTextViewModifierAroundRangeOperationToggle = QVTextViewModifierAroundRangeOperation::Toggle;
 
 /**
  * The one path by which text operations edit a text view.
@@ -79,11 +82,11 @@ public:
      * the inner text keeps its attributes and the results are selected.
      * An unknown operation does nothing.
      */
-    static void modifyTextViewPerformAroundRangeOperation(QVTextView *view, quint64 operation,
+    static void modifyTextViewPerformAroundRangeOperation(QVTextView *view, QVTextViewModifierAroundRangeOperation operation,
                                                           const QVRangeList &ranges, const QString &beforeString,
                                                           const QString &afterString, const QString &undoActionName);
     /** The around-range operation over the view's selected ranges. */
-    static void modifyTextViewSelectedRangesPerformAroundRangeOperation(QVTextView *view, quint64 operation,
+    static void modifyTextViewSelectedRangesPerformAroundRangeOperation(QVTextView *view, QVTextViewModifierAroundRangeOperation operation,
                                                                         const QString &beforeString,
                                                                         const QString &afterString,
                                                                         const QString &undoActionName);

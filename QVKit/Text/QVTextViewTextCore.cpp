@@ -33,7 +33,7 @@ template <typename Convert> void modifySelectedRanges(QVTextView *view, const QS
         });
 }
 
-void convertToCaseType(QVTextView *view, quint64 caseType)
+void convertToCaseType(QVTextView *view, QVCaseType caseType)
 {
     const char *name = nullptr;
     switch (caseType) {
@@ -55,7 +55,7 @@ void convertToCaseType(QVTextView *view, quint64 caseType)
     });
 }
 
-void convertToQuotationType(QVTextView *view, quint64 quotationType)
+void convertToQuotationType(QVTextView *view, QVQuotationType quotationType)
 {
     const char *name = nullptr;
     switch (quotationType) {
@@ -80,7 +80,7 @@ void wrapSelectedRanges(QVTextView *view, const QString &before, const QString &
         view, QVTextViewModifierAroundRangeOperationWrap, before, after, undoActionName);
 }
 
-void insertQuoteType(QVTextView *view, quint64 quoteType)
+void insertQuoteType(QVTextView *view, QVQuoteType quoteType)
 {
     const char *name = nullptr;
     switch (quoteType) {

@@ -37,7 +37,7 @@ struct Piece
     bool operator==(const Piece &) const = default;
 };
 
-std::vector<Piece> pieces(const QVAttributedString &string, const QString &name, QVRange range, quint64 options = 0,
+std::vector<Piece> pieces(const QVAttributedString &string, const QString &name, QVRange range, QVAttributedStringEnumerationOptions options = {},
                           int stopAfter = -1)
 {
     std::vector<Piece> result;
@@ -244,7 +244,7 @@ TEST(QVAttributedStringTest, EnumerationMergesAndClips)
     EXPECT_TRUE(pieces(QVAttributedString(), u"font"_s, {0, 1}).empty());
 
     std::vector<std::pair<QVTextAttributes, QVRange>> all;
-    string.enumerateAttributes({4, 3}, 0, [&](const QVTextAttributes &attributes, QVRange range, bool *) {
+    string.enumerateAttributes({4, 3}, {}, [&](const QVTextAttributes &attributes, QVRange range, bool *) {
         all.emplace_back(attributes, range);
     });
     ASSERT_EQ(all.size(), 3u);
@@ -269,7 +269,7 @@ TEST(QVAttributedStringTest, ReverseEnumerationAndStop)
     EXPECT_EQ(pieces(string, u"a"_s, {3, 5}, QVAttributedStringEnumerationReverse),
               (std::vector<Piece>{{2, {7, 1}}, {QVariant(), {5, 2}}, {1, {3, 2}}}));
     // Stop ends at once, in either direction.
-    EXPECT_EQ(pieces(string, u"a"_s, {0, 10}, 0, 2), (std::vector<Piece>{{QVariant(), {0, 2}}, {1, {2, 3}}}));
+    EXPECT_EQ(pieces(string, u"a"_s, {0, 10}, {}, 2), (std::vector<Piece>{{QVariant(), {0, 2}}, {1, {2, 3}}}));
     EXPECT_EQ(pieces(string, u"a"_s, {0, 10}, QVAttributedStringEnumerationReverse, 1),
               (std::vector<Piece>{{QVariant(), {8, 2}}}));
 
@@ -283,7 +283,7 @@ TEST(QVAttributedStringTest, ReverseEnumerationAndStop)
 
     // The block may edit the string it enumerates; the walk sees the old value.
     int calls = 0;
-    string.enumerateAttributes({0, 10}, 0, [&](const QVTextAttributes &, QVRange, bool *) {
+    string.enumerateAttributes({0, 10}, {}, [&](const QVTextAttributes &, QVRange, bool *) {
         ++calls;
         string.setAttributedString(QVAttributedString());
     });

@@ -41,7 +41,8 @@ TEST(QVAttributedStringChangeTest, DefaultsFactoriesAndCopies)
     EXPECT_EQ(set.changeType(), QVAttributedStringChangeTypeAttributes);
     EXPECT_EQ(set.attributeAction(), QVAttributeActionSet);
     EXPECT_EQ(set.attributes(), Attributes);
-    EXPECT_EQ(QVAttributedStringChange::attributesChange(Attributes, 7).attributeAction(), 7u);
+    EXPECT_EQ(QVAttributedStringChange::attributesChange(Attributes, QVAttributeAction(7)).attributeAction(),
+              QVAttributeAction(7));
 
     const QList<QVTextAttributeRun> runs{QVTextAttributeRun(u"bold"_s, QVariant(), {1, 2})};
     const QVAttributedStringChange fromRuns = QVAttributedStringChange::attributesChanges(runs);
@@ -71,7 +72,7 @@ TEST(QVAttributedStringChangeTest, RangeValuesAndReplacementStrings)
               u"({4, 1}, {9223372036854775807, 0}, {4, 1})"_s);
 
     const QVAttributedStringChange none = QVAttributedStringChange::noChange();
-    const QVAttributedStringChange attributes = QVAttributedStringChange::attributesChange(Attributes, 0);
+    const QVAttributedStringChange attributes = QVAttributedStringChange::attributesChange(Attributes, QVAttributeActionAdd);
     QVAttributedStringChange withoutText = none;
     withoutText.setChangeType(QVAttributedStringChangeTypeString);
     const struct

@@ -44,15 +44,20 @@ TEST(QVTextAttributeRunTest, HashDecidesEqualityAndDescription)
     EXPECT_EQ(QVTextAttributeRun(QString(), QVariant(), {3, 4}), QVTextAttributeRun(QString(), QVariant(), {4, 1}));
 
     QVLogCapture capture;
-    const QVariant same[][2] = {{700, 700}, {1, 1.0}, {1, true}, {QColor(Qt::red), QColor(255, 0, 0)},
+    const QVariant same[][2] = {{700, 700},
+                                {1, 1.0},
+                                {1, true},
+                                {QColor(Qt::red), QColor(255, 0, 0)},
                                 {QFont(u"Serif"_s, 12), QFont(u"Serif"_s, 12)},
-                                {QVariantList{1, u"a"_s}, QVariantList{1, u"a"_s}}};
+                                {QVariantList {1, u"a"_s}, QVariantList {1, u"a"_s}}};
     for (const auto &pair : same)
         EXPECT_EQ(run(Bold, 2, 3, pair[0]), run(Bold, 2, 3, pair[1])) << QVDescription(pair[0]).toStdString();
-    const QVariant different[][2] = {{1, 1.5}, {QVariant(), QVariant::fromValue(nullptr)},
+    const QVariant different[][2] = {{1, 1.5},
+                                     {QVariant(), QVariant::fromValue(nullptr)},
                                      {QColor(Qt::red), QColor(Qt::blue)},
                                      {QFont(u"Serif"_s, 12), QFont(u"Serif"_s, 13)},
-                                     {u"\u00e9"_s, u"e\u0301"_s}, {QVariantList{1}, QVariantList{2}}};
+                                     {u"\u00e9"_s, u"e\u0301"_s},
+                                     {QVariantList {1}, QVariantList {2}}};
     for (const auto &pair : different)
         EXPECT_NE(run(Bold, 2, 3, pair[0]), run(Bold, 2, 3, pair[1])) << QVDescription(pair[0]).toStdString();
     EXPECT_NE(run(Bold, 2, 3), run(Bold, 2, 4));
@@ -105,7 +110,7 @@ TEST(QVTextAttributeRunTest, ShiftMovesResizesOrRemovesEachRunByItself)
 
 TEST(QVTextAttributeRunTest, SortAndTotalRange)
 {
-    Runs runs{run(u"z"_s, 4, 2), run(u"é"_s, 0, 3), run(u"z"_s, 0, 3), run(u"b"_s, 0, 1), run(u"Z"_s, 0, 3)};
+    Runs runs {run(u"z"_s, 4, 2), run(u"é"_s, 0, 3), run(u"z"_s, 0, 3), run(u"b"_s, 0, 1), run(u"Z"_s, 0, 3)};
     QVTextAttributeRun::sortTextAttributeRunsByRange(runs);
     // Names compare by code unit: "Z" < "z" < "é".
     EXPECT_EQ(describe(runs), "b{0, 1}=1, Z{0, 3}=1, z{0, 3}=1, é{0, 3}=1, z{4, 2}=1");
@@ -131,27 +136,33 @@ TEST(QVTextAttributeRunTest, ReadingRunsFromAnAttributedString)
 
     QVAttributedString text(u"0123456789"_s);
     text.addAttribute(Bold, 700, {2, 3});
-    const QVRange all{0, 10};
-    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(Bold, 0, all)), "bold{2, 3}=700");
-    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(Bold, 2, all)), "bold{0, 2}=(null), bold{5, 5}=(null)");
-    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(Bold, 3, all)),
+    const QVRange all {0, 10};
+    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(Bold, {}, all)), "bold{2, 3}=700");
+    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(Bold, QVTextAttributeRunOptionAbsentValues, all)),
+              "bold{0, 2}=(null), bold{5, 5}=(null)");
+    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(
+                  Bold, QVTextAttributeRunOptionPresentValues | QVTextAttributeRunOptionAbsentValues, all)),
               "bold{0, 2}=(null), bold{2, 3}=700, bold{5, 5}=(null)");
-    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(Bold, 2, {3, 1})), "nil");
-    EXPECT_EQ(describe(text.textAttributeRunsForAttributes(QStringList(), 3, all)), "nil");
+    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(Bold, QVTextAttributeRunOptionAbsentValues, {3, 1})), "nil");
+    EXPECT_EQ(describe(text.textAttributeRunsForAttributes(
+                  QStringList(), QVTextAttributeRunOptionPresentValues | QVTextAttributeRunOptionAbsentValues, all)),
+              "nil");
 
     // The null marker is a value, reported with the present ones.
     text.addAttribute(Color, QVariant::fromValue(nullptr), {0, 1});
-    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(Color, 1, all)), "color{0, 1}=<null>");
+    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(Color, QVTextAttributeRunOptionPresentValues, all)),
+              "color{0, 1}=<null>");
 
     // Several names: sorted by location, then length, then name, whatever order the names came in.
     text.addAttribute(Link, u"x"_s, {2, 3});
     text.addAttribute(Color, 5, {2, 8});
-    EXPECT_EQ(describe(text.textAttributeRunsForAttributes(QStringList{Link, Color, Bold}, 0, all)),
+    EXPECT_EQ(describe(text.textAttributeRunsForAttributes(QStringList {Link, Color, Bold}, {}, all)),
               "color{0, 1}=<null>, bold{2, 3}=700, link{2, 3}=x, color{2, 8}=5");
-    EXPECT_EQ(describe(text.textAttributeRunsForAttributes(QStringList{Link, Bold}, 2, {0, 6})),
+    EXPECT_EQ(describe(text.textAttributeRunsForAttributes(QStringList {Link, Bold},
+                                                           QVTextAttributeRunOptionAbsentValues, {0, 6})),
               "bold{0, 2}=(null), link{0, 2}=(null), bold{5, 1}=(null), link{5, 1}=(null)");
     // All attributes: one run per attribute and stretch, the options playing no part.
-    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(QString(), 2, {0, 6})),
+    EXPECT_EQ(describe(text.textAttributeRunsForAttribute(QString(), QVTextAttributeRunOptionAbsentValues, {0, 6})),
               "color{0, 1}=<null>, bold{2, 3}=700, color{2, 3}=5, link{2, 3}=x, color{5, 1}=5");
 }
 
@@ -164,8 +175,8 @@ TEST(QVTextAttributeRunTest, RunsBeyondAsciiAndRoundTrip)
     text.addAttribute(Link, QVariant::fromValue(nullptr), {6, 5});
     const std::optional<Runs> runs = text.textAttributeRuns();
     ASSERT_TRUE(runs);
-    EXPECT_EQ(describe(runs), "bold{0, 2}=700, color{3, 2}=" + QVDescription(QColor(Qt::red)).toStdString()
-                                  + ", link{6, 5}=<null>");
+    EXPECT_EQ(describe(runs),
+              "bold{0, 2}=700, color{3, 2}=" + QVDescription(QColor(Qt::red)).toStdString() + ", link{6, 5}=<null>");
 
     QVAttributedString copy(text.string());
     copy.setTextAttributeRuns(*runs);
@@ -179,7 +190,9 @@ TEST(QVTextAttributeRunTest, WritingRuns)
     // Later runs win where they overlap; a run without a value removes its attribute.
     QVAttributedString added = original;
     added.addTextAttributeRuns({run(Color, 0, 4, 1), run(Color, 2, 4, 2), run(Bold, 1, 2, QVariant())});
-    EXPECT_EQ(describe(added.textAttributeRunsForAttributes(QStringList{Bold, Color}, 3, {0, 12})),
+    EXPECT_EQ(describe(added.textAttributeRunsForAttributes(
+                  QStringList {Bold, Color},
+                  QVTextAttributeRunOptionPresentValues | QVTextAttributeRunOptionAbsentValues, {0, 12})),
               "bold{0, 1}=400, color{0, 2}=1, bold{1, 2}=(null), color{2, 4}=2, bold{3, 9}=400, color{6, 6}=(null)");
 
     // Nothing at all for no runs.
@@ -197,7 +210,8 @@ TEST(QVTextAttributeRunTest, WritingRuns)
     QVLogCapture capture;
     set = original;
     set.setTextAttributeRuns({run(Color, 5, 5), run(Link, 6, 1)});
-    EXPECT_EQ(describe(set.textAttributeRuns()), "bold{0, 5}=400, color{5, 1}=1, color{6, 1}=1, link{6, 1}=1, "
-                                                 "color{7, 3}=1");
+    EXPECT_EQ(describe(set.textAttributeRuns()),
+              "bold{0, 5}=400, color{5, 1}=1, color{6, 1}=1, link{6, 1}=1, "
+              "color{7, 3}=1");
     EXPECT_TRUE(capture.lines().isEmpty()) << capture.lines().join(u'\n').toStdString();
 }

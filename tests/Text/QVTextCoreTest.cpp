@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 #include <functional>
 
 using namespace Qt::StringLiterals;
@@ -65,13 +67,26 @@ QString runsText(const std::optional<QList<QVTextAttributeRun>> &runs)
 
 } // namespace
 
+// Choices are their own types, and option sets are QFlags: a number, or one
+// choice in the place of another, does not compile.
+static_assert(!std::is_convertible_v<int, QVCaseType>);
+static_assert(!std::is_convertible_v<QVQuoteType, QVQuotationType>);
+static_assert(!std::is_convertible_v<QVCaseType, QVTextCoreOperation>);
+static_assert(!std::is_convertible_v<int, QVAttributeAction>);
+static_assert(!std::is_convertible_v<int, QVTextAttributeRunOptions>);
+static_assert(std::is_same_v<decltype(QVTextAttributeRunOptionPresentValues | QVTextAttributeRunOptionAbsentValues),
+                             QVTextAttributeRunOptions>);
+static_assert(std::is_same_v<decltype(QVAttributedStringEnumerationReverse |
+                                      QVAttributedStringEnumerationLongestEffectiveRangeNotRequired),
+                             QVAttributedStringEnumerationOptions>);
+
 TEST(QVTextCoreTest, ConvertToCase)
 {
     struct Row
     {
         const char *name;
         QString source;
-        quint64 caseType;
+        QVCaseType caseType;
         QVRange range;
         QString expected;
     };
@@ -108,13 +123,13 @@ TEST(QVTextCoreTest, ConvertToCase)
 
     // Case type 3 converts nothing: an empty result of the source's kind, and one log line.
     QVLogCapture capture;
-    const QString unknown = QVTextCore::sourceTextConvertToCase(u"abc"_s, 3, {0, 3});
+    const QString unknown = QVTextCore::sourceTextConvertToCase(u"abc"_s, QVCaseType(3), {0, 3});
     EXPECT_TRUE(unknown.isEmpty());
     EXPECT_FALSE(unknown.isNull());
-    EXPECT_TRUE(QVTextCore::sourceTextConvertToCase(QVAttributedString(u"abc"_s), 3, {0, 3}).isEmpty());
+    EXPECT_TRUE(QVTextCore::sourceTextConvertToCase(QVAttributedString(u"abc"_s), QVCaseType(3), {0, 3}).isEmpty());
     EXPECT_TRUE(capture.contains(u"Unknown caseType"_s));
     QString unchanged = u"abc"_s;
-    QVTextCore::modifySourceTextConvertToCase(unchanged, 3, {0, 3});
+    QVTextCore::modifySourceTextConvertToCase(unchanged, QVCaseType(3), {0, 3});
     EXPECT_EQ(unchanged, u"abc"_s);
 }
 
@@ -206,7 +221,7 @@ TEST(QVTextCoreTest, QuoteTypes)
         EXPECT_EQ(end, row.alternative.mid(1));
 
         QVLogCapture capture;
-        QVTextCore::stringsForQuoteType(2, &begin, nullptr);
+        QVTextCore::stringsForQuoteType(QVQuoteType(2), &begin, nullptr);
         EXPECT_EQ(begin, row.standard.left(1));
         EXPECT_TRUE(capture.contains(u"Unsupported quote type: 2"_s));
 
@@ -274,7 +289,7 @@ TEST(QVTextCoreTest, StraightenAndSmarten)
     EXPECT_EQ(boldRange, QVMakeRange(4, 4));
 
     QVLogCapture capture;
-    EXPECT_EQ(QVTextCore::sourceTextConvertToQuotation(u"\"a\""_s, 2, {0, 3}), u"\"a\""_s);
+    EXPECT_EQ(QVTextCore::sourceTextConvertToQuotation(u"\"a\""_s, QVQuotationType(2), {0, 3}), u"\"a\""_s);
     EXPECT_TRUE(capture.contains(u"Unknown quotationType"_s));
 }
 
@@ -336,7 +351,7 @@ TEST(QVTextCoreTest, InsertAndRemoveAroundRange)
     {
         const char *name;
         QString text;
-        quint64 operation;
+        QVTextCoreOperation operation;
         QString before;
         QString after;
         QVRange range;
@@ -367,7 +382,7 @@ TEST(QVTextCoreTest, InsertAndRemoveAroundRange)
          u">>>"_s,
          {2, 3},
          u"abc"_s},
-        {"unknown operation", u"x(abc)y"_s, 3, u"("_s, u")"_s, {2, 3}, u"x(abc)y"_s},
+        {"unknown operation", u"x(abc)y"_s, QVTextCoreOperation(3), u"("_s, u")"_s, {2, 3}, u"x(abc)y"_s},
     };
     QVLogCapture capture;
     for (const Row &row : rows) {
@@ -491,10 +506,10 @@ TEST(QVTextCoreTest, FastConversionAgreesWithPieceByPiece)
         }
         const quint64 location = random.bounded(quint64(text.size()) + 1);
         const QVRange range = {location, random.bounded(quint64(text.size()) - location + 2)};
-        for (quint64 caseType : {QVCaseTypeUppercase, QVCaseTypeLowercase, QVCaseTypeCapitalize}) {
+        for (QVCaseType caseType : {QVCaseTypeUppercase, QVCaseTypeLowercase, QVCaseTypeCapitalize}) {
             SCOPED_TRACE(QStringLiteral("%1 case %2 range %3 text %4")
                              .arg(QLocale().name())
-                             .arg(caseType)
+                             .arg(quint64(caseType))
                              .arg(QVRangeToString(range), attributed.description())
                              .toStdString());
             using namespace QVTextCorePrivate;

@@ -230,11 +230,11 @@ TYPED_TEST(QVTextViewModifierTest, AttributeChangesFollowTheirRules)
                      QVTextAttributeRun(Weight, QVariant(), QVMakeRange(7, 1)),
                      QVTextAttributeRun(u"QVTag"_s, NullMarker, QVMakeRange(1, 1))});
             case 1:
-                change = QVAttributedStringChange::attributesChange({{u"QVTag"_s, 9}}, 5);
+                change = QVAttributedStringChange::attributesChange({{u"QVTag"_s, 9}}, QVAttributeAction(5));
                 return change;
             case 2:
                 change = stringChange(u"zzz"_s);
-                change.setChangeType(7);
+                change.setChangeType(QVAttributedStringChangeType(7));
                 return change;
             default:
                 change = QVAttributedStringChange::attributesChanges(
@@ -321,7 +321,7 @@ TYPED_TEST(QVTextViewModifierTest, AroundRangeOperations)
                                                                   u"**"_s, u"Bold"_s);
     EXPECT_EQ(this->text(), u"a**** **b** c"_s);
     const int reported = int(this->changes->count());
-    QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(view, 3, {QVMakeRange(0, 1)}, u"("_s, u")"_s,
+    QVTextViewModifier::modifyTextViewPerformAroundRangeOperation(view, QVTextViewModifierAroundRangeOperation(3), {QVMakeRange(0, 1)}, u"("_s, u")"_s,
                                                                   u"Bad"_s);
     EXPECT_EQ(this->changes->count(), reported) << "an unknown operation does nothing";
 }
