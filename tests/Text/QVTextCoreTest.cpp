@@ -3,6 +3,7 @@
 #include <QVKit/Platform/QVUserDefaults.h>
 #include <QVKit/Text/QVMutableStringTextCore.h>
 #include <QVKit/Text/QVTextAttributeRun.h>
+#include <QVKit/Text/QVAttributedStringChange.h>
 #include <QVKit/Text/QVTextCore.h>
 #include <QVKit/Text/QVTextCore_p.h>
 
