@@ -1,8 +1,11 @@
 #include "QVKit/Platform/QVCharacterSet.h"
 
+#include "QVKit/Platform/QVUnicodeCategories_p.h"
+
 #include <QtCore/QChar>
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 namespace {
@@ -17,55 +20,6 @@ enum class SetKind {
     DecimalDigit,
     Punctuation,
 };
-
-constexpr char32_t LastCodePoint = 0x10FFFF;
-
-bool isNewline(char32_t c)
-{
-    return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
-}
-
-bool isWhitespace(char32_t c)
-{
-    return c == 0x09 || (c <= LastCodePoint && QChar::category(c) == QChar::Separator_Space);
-}
-
-bool isLetterOrMark(char32_t c)
-{
-    if (c > LastCodePoint)
-        return false;
-    switch (QChar::category(c)) {
-    case QChar::Letter_Uppercase:
-    case QChar::Letter_Lowercase:
-    case QChar::Letter_Titlecase:
-    case QChar::Letter_Modifier:
-    case QChar::Letter_Other:
-    case QChar::Mark_NonSpacing:
-    case QChar::Mark_SpacingCombining:
-    case QChar::Mark_Enclosing:
-        return true;
-    default:
-        return false;
-    }
-}
-
-bool isPunctuation(char32_t c)
-{
-    if (c > LastCodePoint)
-        return false;
-    switch (QChar::category(c)) {
-    case QChar::Punctuation_Connector:
-    case QChar::Punctuation_Dash:
-    case QChar::Punctuation_Open:
-    case QChar::Punctuation_Close:
-    case QChar::Punctuation_InitialQuote:
-    case QChar::Punctuation_FinalQuote:
-    case QChar::Punctuation_Other:
-        return true;
-    default:
-        return false;
-    }
-}
 
 } // namespace
 
@@ -86,62 +40,39 @@ struct QVCharacterSet::Data
             // Unsigned difference: no overflow for a range reaching the top of char32_t.
             return c >= first && c - first < length;
         case SetKind::Whitespace:
-            return isWhitespace(c);
+            return QVUnicode::isWhitespace(c);
         case SetKind::WhitespaceAndNewline:
-            return isWhitespace(c) || isNewline(c);
+            return QVUnicode::isWhitespace(c) || QVUnicode::isNewline(c);
         case SetKind::Newline:
-            return isNewline(c);
+            return QVUnicode::isNewline(c);
         case SetKind::Letter:
-            return isLetterOrMark(c);
+            return QVUnicode::isLetterOrMark(c);
         case SetKind::DecimalDigit:
-            return c <= LastCodePoint && QChar::category(c) == QChar::Number_DecimalDigit;
+            return QVUnicode::isDecimalDigit(c);
         case SetKind::Punctuation:
-            return isPunctuation(c);
+            return QVUnicode::isPunctuation(c);
         }
         return false;
     }
 };
 
-// The ready-made sets are shared: every copy points at the same immutable data.
+// The ready-made sets are shared: every copy points at the same immutable
+// data, made once on first use of any of them.
 std::shared_ptr<const QVCharacterSet::Data> QVCharacterSet::sharedData(int setKind)
 {
-    const auto kind = SetKind(setKind);
-    auto make = [kind] {
-        auto data = std::make_shared<QVCharacterSet::Data>();
-        data->kind = kind;
-        return std::shared_ptr<const QVCharacterSet::Data>(std::move(data));
-    };
-    switch (kind) {
-    case SetKind::Whitespace: {
-        static const auto set = make();
-        return set;
-    }
-    case SetKind::WhitespaceAndNewline: {
-        static const auto set = make();
-        return set;
-    }
-    case SetKind::Newline: {
-        static const auto set = make();
-        return set;
-    }
-    case SetKind::Letter: {
-        static const auto set = make();
-        return set;
-    }
-    case SetKind::DecimalDigit: {
-        static const auto set = make();
-        return set;
-    }
-    case SetKind::Punctuation: {
-        static const auto set = make();
-        return set;
-    }
-    case SetKind::Characters:
-    case SetKind::Range:
-        break;
-    }
-    static const auto empty = std::shared_ptr<const QVCharacterSet::Data>(std::make_shared<QVCharacterSet::Data>());
-    return empty;
+    constexpr int kindCount = int(SetKind::Punctuation) + 1;
+    static const auto sets = [] {
+        std::array<std::shared_ptr<const QVCharacterSet::Data>, kindCount> made;
+        for (int kind = 0; kind < kindCount; ++kind) {
+            auto data = std::make_shared<QVCharacterSet::Data>();
+            // Characters and ranges are made per set; their shared form is the empty set.
+            if (kind != int(SetKind::Range))
+                data->kind = SetKind(kind);
+            made[size_t(kind)] = std::move(data);
+        }
+        return made;
+    }();
+    return sets[size_t(setKind)];
 }
 
 QVCharacterSet::QVCharacterSet()

@@ -137,6 +137,9 @@ public:
 private:
     bool fail(const QString &what);
     bool failFromXml();
+    // Fails on the tokens no loop accepts: an entity reference other than the
+    // predefined ones (which the XML reader resolves itself), and XML errors.
+    bool failOnToken();
     // Advances to the next token that matters: start or end of an element, or
     // text that is not just whitespace. Comments, processing instructions and
     // the document type are skipped; an unresolved entity is an error.
@@ -181,6 +184,13 @@ bool Reader::failFromXml()
     return fail(what);
 }
 
+bool Reader::failOnToken()
+{
+    if (m_xml.tokenType() == QXmlStreamReader::EntityReference)
+        return fail(u"undefined entity &%1;"_s.arg(m_xml.name()));
+    return failFromXml();
+}
+
 bool Reader::nextSignificant()
 {
     for (;;) {
@@ -193,8 +203,6 @@ bool Reader::nextSignificant()
             if (!m_xml.isWhitespace())
                 return true;
             break;
-        case QXmlStreamReader::EntityReference:
-            return fail(u"undefined entity &%1;"_s.arg(m_xml.name()));
         case QXmlStreamReader::DTD:
             // Declared entities would be expanded, internal ones into whatever
             // they hold (nested, a billion laughs) and external ones into files
@@ -204,8 +212,9 @@ bool Reader::nextSignificant()
                 return fail(u"entity declarations are not allowed (only &lt; &gt; &amp; &apos; &quot; and "
                             u"character references)"_s);
             break;
+        case QXmlStreamReader::EntityReference:
         case QXmlStreamReader::Invalid:
-            return failFromXml();
+            return failOnToken();
         default:
             break;
         }
@@ -383,18 +392,8 @@ bool Reader::readText(QString &text, QStringView element)
         case QXmlStreamReader::StartElement:
             return fail(u"element <%1> inside <%2>"_s.arg(m_xml.qualifiedName(), element));
         case QXmlStreamReader::EntityReference:
-            return fail(u"undefined entity &%1;"_s.arg(m_xml.name()));
-        case QXmlStreamReader::DTD:
-            // Declared entities would be expanded, internal ones into whatever
-            // they hold (nested, a billion laughs) and external ones into files
-            // or nothing. A property list needs only the predefined entities
-            // and character references, so a declaration is refused outright.
-            if (!m_xml.entityDeclarations().isEmpty() || m_xml.text().contains(u"<!ENTITY"))
-                return fail(u"entity declarations are not allowed (only &lt; &gt; &amp; &apos; &quot; and "
-                            u"character references)"_s);
-            break;
         case QXmlStreamReader::Invalid:
-            return failFromXml();
+            return failOnToken();
         default:
             break;
         }

@@ -1,5 +1,7 @@
 #include "QVKit/Platform/QVStringPlatform.h"
 
+#include "QVKit/Platform/QVUnicodeCategories_p.h"
+
 #include <QtCore/QTextBoundaryFinder>
 #include <QtCore/QVarLengthArray>
 
@@ -566,24 +568,7 @@ bool isWordCharacter(char32_t c)
 {
     if (c < 0x80)
         return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
-    if (c > 0x10FFFF)
-        return false;
-    switch (QChar::category(c)) {
-    case QChar::Letter_Uppercase:
-    case QChar::Letter_Lowercase:
-    case QChar::Letter_Titlecase:
-    case QChar::Letter_Modifier:
-    case QChar::Letter_Other:
-    case QChar::Mark_NonSpacing:
-    case QChar::Mark_SpacingCombining:
-    case QChar::Mark_Enclosing:
-    case QChar::Number_DecimalDigit:
-    case QChar::Number_Letter:
-    case QChar::Number_Other:
-        return true;
-    default:
-        return false;
-    }
+    return QVUnicode::isLetterOrMark(c) || QVUnicode::isNumber(c);
 }
 
 bool isWhiteOrNewline(char32_t c)

@@ -9,6 +9,8 @@
 #include <QtCore/QStringView>
 #include <QtCore/QVariant>
 
+#include <concepts>
+
 /** How sourceTextConvertToCase converts each piece of the range. */
 enum class QVCaseType : quint64 {
     Uppercase = 0,
@@ -58,6 +60,11 @@ inline constexpr QVStringConstant QVTextDelimitersUseDelimiterMatching = u"QVTex
 inline constexpr QVStringConstant QVTextDelimitersCustomPairs = u"QVTextDelimitersCustomPairs";
 /** A list of opening delimiters whose matching is switched off: each is used as both open and close. */
 inline constexpr QVStringConstant QVTextDelimitersDisabledMatches = u"QVTextDelimitersDisabledMatches";
+
+/** The three kinds of source text the operations take. */
+template <typename T>
+concept QVTextCoreSource =
+    std::same_as<T, QVariant> || std::same_as<T, QString> || std::same_as<T, QVAttributedString>;
 
 /**
  * The text transformations on plain and attributed text: case conversion,
@@ -156,33 +163,33 @@ public:
                                                                   QVRange range);
 
     /** Wraps the range in the two strings. */
-    static void modifySourceTextInsertOpenDelimiter(QVariant &source, const QString &openDelimiter,
-                                                    const QString &closeDelimiter, QVRange range);
-    static void modifySourceTextInsertOpenDelimiter(QString &source, const QString &openDelimiter,
-                                                    const QString &closeDelimiter, QVRange range);
-    static void modifySourceTextInsertOpenDelimiter(QVAttributedString &source, const QString &openDelimiter,
-                                                    const QString &closeDelimiter, QVRange range);
+    template <QVTextCoreSource Source>
+    static void modifySourceTextInsertOpenDelimiter(Source &source, const QString &openDelimiter,
+                                                    const QString &closeDelimiter, QVRange range)
+    {
+        modifySourceText(source, QVTextCoreOperationInsert, openDelimiter, closeDelimiter, range);
+    }
 
-    // Strings before and after a range.
+    // Strings before and after a range: modifySourceText with each operation.
 
-    static void modifySourceTextInsertStringBefore(QVariant &source, const QString &before, const QString &after,
-                                                   QVRange range);
-    static void modifySourceTextInsertStringBefore(QString &source, const QString &before, const QString &after,
-                                                   QVRange range);
-    static void modifySourceTextInsertStringBefore(QVAttributedString &source, const QString &before,
-                                                   const QString &after, QVRange range);
-    static void modifySourceTextRemoveStringBefore(QVariant &source, const QString &before, const QString &after,
-                                                   QVRange range);
-    static void modifySourceTextRemoveStringBefore(QString &source, const QString &before, const QString &after,
-                                                   QVRange range);
-    static void modifySourceTextRemoveStringBefore(QVAttributedString &source, const QString &before,
-                                                   const QString &after, QVRange range);
-    static void modifySourceTextRemoveStringBeforeIgnoringCheck(QVariant &source, const QString &before,
-                                                                const QString &after, QVRange range);
-    static void modifySourceTextRemoveStringBeforeIgnoringCheck(QString &source, const QString &before,
-                                                                const QString &after, QVRange range);
-    static void modifySourceTextRemoveStringBeforeIgnoringCheck(QVAttributedString &source, const QString &before,
-                                                                const QString &after, QVRange range);
+    template <QVTextCoreSource Source>
+    static void modifySourceTextInsertStringBefore(Source &source, const QString &before, const QString &after,
+                                                   QVRange range)
+    {
+        modifySourceText(source, QVTextCoreOperationInsert, before, after, range);
+    }
+    template <QVTextCoreSource Source>
+    static void modifySourceTextRemoveStringBefore(Source &source, const QString &before, const QString &after,
+                                                   QVRange range)
+    {
+        modifySourceText(source, QVTextCoreOperationRemove, before, after, range);
+    }
+    template <QVTextCoreSource Source>
+    static void modifySourceTextRemoveStringBeforeIgnoringCheck(Source &source, const QString &before,
+                                                                const QString &after, QVRange range)
+    {
+        modifySourceText(source, QVTextCoreOperationRemoveIgnoringCheck, before, after, range);
+    }
 
     /**
      * The worker of the three operations above (QVTextCoreOperation).
