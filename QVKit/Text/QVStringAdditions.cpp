@@ -294,10 +294,6 @@ QVRange greedyRangeOfString(const QString &text, const QString &search, QVString
     return run;
 }
 
-QVRange greedyRangeOfString(const QString &text, const QString &search, QVStringCompareOptions options, QVRange range)
-{
-    return greedyRangeOfString(text, search, options, range, std::nullopt);
-}
 
 QVRange greedyRangeOfString(const QString &text, const QString &search, QVStringCompareOptions options)
 {
@@ -314,11 +310,6 @@ QVOptionalRangeList rangesOfString(const QString &text, const QString &search, Q
     });
 }
 
-QVOptionalRangeList rangesOfString(const QString &text, const QString &search, QVStringCompareOptions options,
-                                   QVRange range)
-{
-    return rangesOfString(text, search, options, range, std::nullopt);
-}
 
 QVOptionalRangeList rangesOfString(const QString &text, const QString &search, QVStringCompareOptions options)
 {
@@ -369,10 +360,6 @@ quint64 countOfString(const QString &text, const QString &search, QVStringCompar
     return count;
 }
 
-quint64 countOfString(const QString &text, const QString &search, QVStringCompareOptions options, QVRange range)
-{
-    return countOfString(text, search, options, range, std::nullopt);
-}
 
 quint64 countOfString(const QString &text, const QString &search, QVStringCompareOptions options)
 {
@@ -385,10 +372,6 @@ bool containsString(const QString &text, const QString &search, QVStringCompareO
     return isFound(rangeOfString(text, search, options, range, locale));
 }
 
-bool containsString(const QString &text, const QString &search, QVStringCompareOptions options, QVRange range)
-{
-    return containsString(text, search, options, range, std::nullopt);
-}
 
 bool containsString(const QString &text, const QString &search, QVStringCompareOptions options)
 {
@@ -409,10 +392,6 @@ bool matchesString(const QString &text, const QString &string, QVStringCompareOp
     return rangeOfString(text, string, forwardsAnchored, range, locale) == range;
 }
 
-bool matchesString(const QString &text, const QString &string, QVStringCompareOptions options, QVRange range)
-{
-    return matchesString(text, string, options, range, std::nullopt);
-}
 
 bool matchesString(const QString &text, const QString &string, QVStringCompareOptions options)
 {
@@ -647,13 +626,6 @@ QString substringBetweenString(const QString &text, const QString &openingString
     return substringWithRange(text, between);
 }
 
-QString substringBetweenString(const QString &text, const QString &openingString, const QString &closingString,
-                               bool includeSearchStrings, QVStringMatchOptions matchOptions,
-                               QVStringCompareOptions options, QVRange range)
-{
-    return substringBetweenString(text, openingString, closingString, includeSearchStrings, matchOptions, options,
-                                  range, std::nullopt);
-}
 
 QString substringBetweenString(const QString &text, const QString &openingString, const QString &closingString,
                                bool includeSearchStrings, QVStringMatchOptions matchOptions,

@@ -132,9 +132,7 @@ QVKIT_EXPORT QString stringByTrimmingString(const QString &text);
  * at the last, for backwards searches); {QVNotFound, 0} when there is none.
  */
 QVKIT_EXPORT QVRange greedyRangeOfString(const QString &text, const QString &search, QVStringCompareOptions options,
-                                         QVRange range, const std::optional<QLocale> &locale);
-QVKIT_EXPORT QVRange greedyRangeOfString(const QString &text, const QString &search, QVStringCompareOptions options,
-                                         QVRange range);
+                                         QVRange range, const std::optional<QLocale> &locale = std::nullopt);
 QVKIT_EXPORT QVRange greedyRangeOfString(const QString &text, const QString &search,
                                          QVStringCompareOptions options = 0);
 
@@ -144,9 +142,7 @@ QVKIT_EXPORT QVRange greedyRangeOfString(const QString &text, const QString &sea
  */
 QVKIT_EXPORT QVOptionalRangeList rangesOfString(const QString &text, const QString &search,
                                                 QVStringCompareOptions options, QVRange range,
-                                                const std::optional<QLocale> &locale);
-QVKIT_EXPORT QVOptionalRangeList rangesOfString(const QString &text, const QString &search,
-                                                QVStringCompareOptions options, QVRange range);
+                                                const std::optional<QLocale> &locale = std::nullopt);
 QVKIT_EXPORT QVOptionalRangeList rangesOfString(const QString &text, const QString &search,
                                                 QVStringCompareOptions options = 0);
 
@@ -166,15 +162,11 @@ QVKIT_EXPORT void enumerateRangeOfString(const QString &text, const QString &sea
 
 /** The number of matches that enumerateRangeOfString visits. */
 QVKIT_EXPORT quint64 countOfString(const QString &text, const QString &search, QVStringCompareOptions options,
-                                   QVRange range, const std::optional<QLocale> &locale);
-QVKIT_EXPORT quint64 countOfString(const QString &text, const QString &search, QVStringCompareOptions options,
-                                   QVRange range);
+                                   QVRange range, const std::optional<QLocale> &locale = std::nullopt);
 QVKIT_EXPORT quint64 countOfString(const QString &text, const QString &search, QVStringCompareOptions options = 0);
 
 QVKIT_EXPORT bool containsString(const QString &text, const QString &search, QVStringCompareOptions options,
-                                 QVRange range, const std::optional<QLocale> &locale);
-QVKIT_EXPORT bool containsString(const QString &text, const QString &search, QVStringCompareOptions options,
-                                 QVRange range);
+                                 QVRange range, const std::optional<QLocale> &locale = std::nullopt);
 QVKIT_EXPORT bool containsString(const QString &text, const QString &search, QVStringCompareOptions options = 0);
 
 /**
@@ -182,9 +174,7 @@ QVKIT_EXPORT bool containsString(const QString &text, const QString &search, QVS
  * An empty string matches only an empty range; a range past the end never matches.
  */
 QVKIT_EXPORT bool matchesString(const QString &text, const QString &string, QVStringCompareOptions options,
-                                QVRange range, const std::optional<QLocale> &locale);
-QVKIT_EXPORT bool matchesString(const QString &text, const QString &string, QVStringCompareOptions options,
-                                QVRange range);
+                                QVRange range, const std::optional<QLocale> &locale = std::nullopt);
 QVKIT_EXPORT bool matchesString(const QString &text, const QString &string, QVStringCompareOptions options = 0);
 QVKIT_EXPORT bool matchesStringCaseInsensitive(const QString &text, const QString &string);
 
@@ -277,11 +267,7 @@ QVKIT_EXPORT QVOptionalRangeList rangesBetweenString(const QString &text, const 
 QVKIT_EXPORT QString substringBetweenString(const QString &text, const QString &openingString,
                                             const QString &closingString, bool includeSearchStrings,
                                             QVStringMatchOptions matchOptions, QVStringCompareOptions options,
-                                            QVRange range, const std::optional<QLocale> &locale);
-QVKIT_EXPORT QString substringBetweenString(const QString &text, const QString &openingString,
-                                            const QString &closingString, bool includeSearchStrings,
-                                            QVStringMatchOptions matchOptions, QVStringCompareOptions options,
-                                            QVRange range);
+                                            QVRange range, const std::optional<QLocale> &locale = std::nullopt);
 QVKIT_EXPORT QString substringBetweenString(const QString &text, const QString &openingString,
                                             const QString &closingString, bool includeSearchStrings = false,
                                             QVStringMatchOptions matchOptions = 0, QVStringCompareOptions options = 0);
