@@ -852,6 +852,21 @@ QString composedSubstringToIndex(const QString &text, quint64 index)
     return composedSubstringWithRange(text, QVMakeRange(0, index));
 }
 
+// The substrings the options enumerate in the range, counted up to limit.
+quint64 countSubstrings(const QString &text, QVStringEnumerationOptions options, QVRange range, quint64 limit)
+{
+    const std::optional<QVRange> clipped = clippedRange(text, range);
+    if (!clipped || clipped->length == 0)
+        return 0;
+    quint64 count = 0;
+    enumerateSubstringsInRange(text, *clipped, options | QVStringEnumerationSubstringNotRequired,
+                               [&count, limit](const QString &, QVRange, QVRange, bool *stop) {
+                                   if (++count >= limit)
+                                       *stop = true;
+                               });
+    return count;
+}
+
 QStringList substringsEnumeratedByOptions(const QString &text, QVStringEnumerationOptions options, QVRange range)
 {
     QStringList substrings;
@@ -872,13 +887,7 @@ QStringList substringsEnumeratedByOptions(const QString &text, QVStringEnumerati
 
 quint64 countOfSubstringsEnumeratedByOptions(const QString &text, QVStringEnumerationOptions options, QVRange range)
 {
-    const std::optional<QVRange> clipped = clippedRange(text, range);
-    if (!clipped || clipped->length == 0)
-        return 0;
-    quint64 count = 0;
-    enumerateSubstringsInRange(text, *clipped, options | QVStringEnumerationSubstringNotRequired,
-                               [&count](const QString &, QVRange, QVRange, bool *) { ++count; });
-    return count;
+    return countSubstrings(text, options, range, std::numeric_limits<quint64>::max());
 }
 
 quint64 countOfSubstringsEnumeratedByOptions(const QString &text, QVStringEnumerationOptions options)
@@ -888,16 +897,7 @@ quint64 countOfSubstringsEnumeratedByOptions(const QString &text, QVStringEnumer
 
 bool hasMultipleSubstringsEnumeratedByOptions(const QString &text, QVStringEnumerationOptions options, QVRange range)
 {
-    const std::optional<QVRange> clipped = clippedRange(text, range);
-    if (!clipped || clipped->length == 0)
-        return false;
-    quint64 count = 0;
-    enumerateSubstringsInRange(text, *clipped, options | QVStringEnumerationSubstringNotRequired,
-                               [&count](const QString &, QVRange, QVRange, bool *stop) {
-                                   if (++count >= 2)
-                                       *stop = true;
-                               });
-    return count >= 2;
+    return countSubstrings(text, options, range, 2) >= 2;
 }
 
 bool hasMultipleSubstringsEnumeratedByOptions(const QString &text, QVStringEnumerationOptions options)

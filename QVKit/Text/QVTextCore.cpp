@@ -660,6 +660,35 @@ CaseConversion convertToCase(const QString &text, const QVAttributedString *attr
 // ---------------------------------------------------------------------------
 // Case conversion
 
+namespace {
+
+void replaceText(QString &text, qsizetype start, qsizetype end, const QString &string)
+{
+    text.replace(start, end - start, string);
+}
+
+void replaceText(QVAttributedString &text, qsizetype start, qsizetype end, const QVAttributedString &string)
+{
+    text.replaceCharactersInRange(QVMakeRange(quint64(start), quint64(end - start)), string);
+}
+
+// Replaces the range (clipped to the text) by its converted text, of either kind.
+template <typename Text>
+void replaceRangeConvertedToCase(Text &source, QVCaseType caseType, QVRange range)
+{
+    if (!isKnownCaseType(caseType)) {
+        QVLog("Unknown caseType");
+        return;
+    }
+    qsizetype start = 0;
+    qsizetype end = 0;
+    if (!clipRange(plainText(source).size(), range, &start, &end) || start == end)
+        return;
+    replaceText(source, start, end, QVTextCore::sourceTextConvertToCase(source, caseType, range));
+}
+
+} // namespace
+
 QVariant QVTextCore::sourceTextConvertToCase(const QVariant &source, QVCaseType caseType, QVRange range)
 {
     if (isString(source))
@@ -690,30 +719,12 @@ void QVTextCore::modifySourceTextConvertToCase(QVariant &source, QVCaseType case
 
 void QVTextCore::modifySourceTextConvertToCase(QString &source, QVCaseType caseType, QVRange range)
 {
-    qsizetype start = 0;
-    qsizetype end = 0;
-    if (!isKnownCaseType(caseType)) {
-        QVLog("Unknown caseType");
-        return;
-    }
-    if (!clipRange(source.size(), range, &start, &end) || start == end)
-        return;
-    const QString converted = sourceTextConvertToCase(source, caseType, range);
-    source.replace(start, end - start, converted);
+    replaceRangeConvertedToCase(source, caseType, range);
 }
 
 void QVTextCore::modifySourceTextConvertToCase(QVAttributedString &source, QVCaseType caseType, QVRange range)
 {
-    qsizetype start = 0;
-    qsizetype end = 0;
-    if (!isKnownCaseType(caseType)) {
-        QVLog("Unknown caseType");
-        return;
-    }
-    if (!clipRange(qsizetype(source.length()), range, &start, &end) || start == end)
-        return;
-    const QVAttributedString converted = sourceTextConvertToCase(source, caseType, range);
-    source.replaceCharactersInRange(QVMakeRange(quint64(start), quint64(end - start)), converted);
+    replaceRangeConvertedToCase(source, caseType, range);
 }
 
 // ---------------------------------------------------------------------------
