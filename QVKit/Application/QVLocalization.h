@@ -7,18 +7,14 @@
 
 #include <optional>
 
-class QTableView;
-class QToolBar;
-
 /**
- * Layout direction of the running application, and helpers that mirror
- * toolbars and table columns for right-to-left languages.
+ * Layout direction of the running application and the locale's measurement
+ * system. QVViewLocalization mirrors live toolbars and tables.
  *
- * The direction is the application's own (QGuiApplication::layoutDirection()),
+ * The direction is the GUI application's own (its layoutDirection property),
  * unless a process-wide debug override forces one: 1 forces right-to-left,
  * any other non-zero value forces left-to-right, 0 follows the application.
- * The widget operations run on the main thread; calling them elsewhere stops
- * at an assertion.
+ * A program without a GUI application lays out left to right.
  */
 class QVKIT_EXPORT QVLocalization
 {
@@ -42,21 +38,6 @@ public:
      */
     static std::optional<QStringList> localizedToolbarDefaultItemIdentifiers(
         const std::optional<QStringList> &identifiers);
-
-    /**
-     * Reverses a live toolbar's actions when right-to-left. The same QAction
-     * objects are put back (separators and widget actions included), so
-     * connections and embedded widgets keep working. Fewer than two actions,
-     * left-to-right or a null toolbar: nothing changes.
-     */
-    static void localizeToolbarItemOrder(QToolBar *toolbar);
-
-    /**
-     * Reverses the visual order of a table's columns when right-to-left, by
-     * moving the first visual column to positions n-1 down to 1. Only the
-     * horizontal header's visual order changes; the model is untouched.
-     */
-    static void legacyLocalizeTableViewColumnOrder(QTableView *tableView);
 
     /** The process-wide layout-direction override; 0 (follow the application) until set. */
     static qint64 debugLayoutDirection();

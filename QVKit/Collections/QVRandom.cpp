@@ -5,8 +5,6 @@
 
 #include <QtCore/QRandomGenerator>
 #include <QtCore/QStringDecoder>
-#include <QtGui/QFontDatabase>
-#include <QtGui/QGuiApplication>
 
 #include <algorithm>
 #include <array>
@@ -175,21 +173,4 @@ QRectF QVRandom::rectWithinRect(const QRectF &rect)
     const QPointF origin = pointWithinRect(r);
     const QSizeF size(doubleUpTo(r.right() - origin.x()), doubleUpTo(r.bottom() - origin.y()));
     return QRectF(origin, size);
-}
-
-QFont QVRandom::font()
-{
-    // Font families need the GUI application's font database; without one there is nothing to pick from.
-    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
-        return QFont();
-    const int pointSize = int(integerBetween(8, 36));
-    const std::optional<QString> family = objectFromArray(QFontDatabase::families());
-    if (!family)
-        return QFont();
-    return QFont(*family, pointSize);
-}
-
-QColor QVRandom::color()
-{
-    return QColor(int(unsignedIntegerUpTo(255)), int(unsignedIntegerUpTo(255)), int(unsignedIntegerUpTo(255)));
 }

@@ -12,8 +12,6 @@
 #include <QtCore/QSet>
 #include <QtCore/QSizeF>
 #include <QtCore/QString>
-#include <QtGui/QColor>
-#include <QtGui/QFont>
 
 #include <concepts>
 #include <iterator>
@@ -216,15 +214,6 @@ public:
     static QSizeF sizeWithinRect(const QRectF &rect);
     /** A rectangle inside the given one: a random origin, then a random size that still fits. */
     static QRectF rectWithinRect(const QRectF &rect);
-
-    /**
-     * A random installed font family at a random point size from 8 to 36;
-     * the application's default font when no families are known or there is
-     * no GUI application.
-     */
-    static QFont font();
-    /** An opaque colour with random red, green and blue. */
-    static QColor color();
 
 private:
     static quint64 indexForCount(quint64 count);

@@ -4,8 +4,8 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QHashFunctions>
-#include <QtGui/QColor>
-#include <QtGui/QFont>
+#include <QtCore/QDataStream>
+#include <QtCore/QIODevice>
 
 #include <algorithm>
 #include <cmath>
@@ -75,15 +75,21 @@ quint64 hashValue(const QVariant &value)
         return quint64(qHash(value.toString(), 0));
     case QMetaType::QByteArray:
         return quint64(qHash(value.toByteArray(), 0));
-    case QMetaType::QColor:
-        return hashInteger(quint64(value.value<QColor>().rgba64()));
-    case QMetaType::QFont:
-        return quint64(qHash(value.value<QFont>().key(), 0));
     default:
-        // qHash(QVariant) warns for types without a registered hash; the
-        // description is defined for every value and equal for equal values.
-        return quint64(qHash(QVDescription(value), 0));
+        break;
     }
+    // Colours, fonts and other types of the GUI side stream every field they
+    // compare (a colour's alpha included, which its text form leaves out), and
+    // this library stays free of Qt GUI by not naming them.
+    if (value.metaType().hasRegisteredDataStreamOperators()) {
+        QByteArray bytes;
+        QDataStream stream(&bytes, QIODevice::WriteOnly);
+        if (value.metaType().save(stream, value.constData()))
+            return quint64(qHash(bytes, 0));
+    }
+    // qHash(QVariant) warns for types without a registered hash; the
+    // description is defined for every value and equal for equal values.
+    return quint64(qHash(QVDescription(value), 0));
 }
 
 } // namespace

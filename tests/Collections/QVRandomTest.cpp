@@ -2,7 +2,6 @@
 #include <QVKit/Platform/QVLog.h>
 
 #include <QtCore/QVariantMap>
-#include <QtGui/QFontDatabase>
 
 #include <gtest/gtest.h>
 
@@ -352,22 +351,4 @@ TEST(QVRandomTest, BytesAndStrings)
     }
     EXPECT_GT(valid, 100);
     EXPECT_GT(invalid, 100);
-}
-
-TEST(QVRandomTest, FontAndColor)
-{
-    const QStringList families = QFontDatabase::families();
-    for (int i = 0; i < 20; ++i) {
-        const QColor color = QVRandom::color();
-        EXPECT_TRUE(color.isValid());
-        EXPECT_EQ(color.alpha(), 255);
-        const QFont font = QVRandom::font();
-        if (families.isEmpty()) {
-            EXPECT_EQ(font, QFont());
-        } else {
-            EXPECT_TRUE(families.contains(font.family())) << font.family().toStdString();
-            EXPECT_GE(font.pointSize(), 8);
-            EXPECT_LE(font.pointSize(), 36);
-        }
-    }
 }
